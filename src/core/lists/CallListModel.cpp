@@ -1,0 +1,274 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "CallListModel.h"
+
+#include "../app/Number.h"
+#include "../app/TextFile.h"
+#include "../app/DataFolder.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QImageReader>
+#include <QSet>
+
+#include <algorithm>
+#include <vector>
+
+namespace marvik::lists {
+
+namespace {
+
+QImage readThumbnail(const QString &path)
+{
+    // Thumbnails are bitmaps behind a ".jpg" name; trust the content.
+    QImageReader reader(path);
+    reader.setDecideFormatFromContent(true);
+    return reader.read();
+}
+
+} // namespace
+
+CallListModel::CallListModel(QObject *parent)
+    : QAbstractTableModel(parent)
+{
+}
+
+int CallListModel::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : int(m_rows.size());
+}
+
+int CallListModel::columnCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : ColumnCount;
+}
+
+QVariant CallListModel::data(const QModelIndex &index, int role) const
+{
+    if (!index.isValid() || index.row() >= m_rows.size() || index.column() >= ColumnCount)
+        return {};
+    const CallRecord &r = m_rows.at(index.row());
+    const auto column = Column(index.column());
+    switch (role) {
+    case Qt::DisplayRole:
+    case Qt::EditRole:
+        return r[column];
+    case Qt::TextAlignmentRole:
+        return column == Azimuth ? int(Qt::AlignRight | Qt::AlignVCenter) : int(Qt::AlignLeft | Qt::AlignVCenter);
+    case Qt::BackgroundRole:
+        if (column == Callsign && r.callsignBack.isValid())
+            return r.callsignBack;
+        if (column == FirstName && r.firstNameBack.isValid())
+            return r.firstNameBack;
+        return {};
+    case ThumbnailPathRole:
+        return column == FirstName ? QVariant(r.thumbnail) : QVariant();
+    case ThumbnailRole: {
+        if (column != FirstName || r.thumbnail.isEmpty())
+            return {};
+        auto it = m_thumbnailCache.find(r.thumbnail);
+        if (it == m_thumbnailCache.end())
+            it = m_thumbnailCache.insert(r.thumbnail, readThumbnail(r.thumbnail));
+        return *it;
+    }
+    default:
+        return {};
+    }
+}
+
+int CallListModel::findCallsign(const QString &callsign) const
+{
+    for (int i = 0; i < m_rows.size(); ++i) {
+        if (m_rows[i][Callsign] == callsign)
+            return i;
+    }
+    return -1;
+}
+
+void CallListModel::setRecords(QList<CallRecord> rows)
+{
+    beginResetModel();
+    m_rows = std::move(rows);
+    m_thumbnailCache.clear();
+    endResetModel();
+}
+
+void CallListModel::appendRecord(const CallRecord &record)
+{
+    const int row = int(m_rows.size());
+    beginInsertRows({}, row, row);
+    m_rows.append(record);
+    endInsertRows();
+}
+
+void CallListModel::replaceRecord(int row, const CallRecord &record)
+{
+    if (row < 0 || row >= m_rows.size())
+        return;
+    m_rows[row] = record;
+    m_thumbnailCache.remove(record.thumbnail);
+    refreshRow(row);
+}
+
+void CallListModel::removeRecord(int row)
+{
+    if (row < 0 || row >= m_rows.size())
+        return;
+    beginRemoveRows({}, row, row);
+    m_rows.removeAt(row);
+    endRemoveRows();
+}
+
+void CallListModel::clear()
+{
+    setRecords({});
+}
+
+void CallListModel::setField(int row, Column column, const QString &text)
+{
+    if (row < 0 || row >= m_rows.size())
+        return;
+    m_rows[row][column] = text;
+    emit dataChanged(index(row, column), index(row, column));
+}
+
+void CallListModel::setCellBackground(int row, Column column, const QColor &colour)
+{
+    if (row < 0 || row >= m_rows.size())
+        return;
+    (column == Callsign ? m_rows[row].callsignBack : m_rows[row].firstNameBack) = colour;
+    emit dataChanged(index(row, column), index(row, column), {Qt::BackgroundRole});
+}
+
+void CallListModel::setThumbnail(int row, const QString &path)
+{
+    if (row < 0 || row >= m_rows.size())
+        return;
+    m_rows[row].thumbnail = path;
+    // A new download replaces the file under the same name.
+    m_thumbnailCache.remove(path);
+    emit dataChanged(index(row, FirstName), index(row, FirstName));
+}
+
+void CallListModel::refreshRow(int row)
+{
+    emit dataChanged(index(row, 0), index(row, ColumnCount - 1));
+}
+
+LoadReport CallListModel::load(const QString &path, const LoadContext &context)
+{
+    LoadReport report;
+    const app::TextFileContent content = app::readTextFile(path);
+    if (!content.ok) {
+        report.errorString = content.errorString;
+        return report;
+    }
+    report.opened = true;
+    const QStringList lines = app::splitLines(content.text);
+    if (lines.isEmpty())
+        return report; // an empty file leaves the grid as it was
+
+    // One listing of the thumbnail folder instead of a look-up per row.
+    QSet<QString> thumbs;
+    if (!context.thumbsDir.isEmpty()) {
+        const QStringList names = QDir(context.thumbsDir).entryList(QDir::Files | QDir::Hidden);
+        thumbs = QSet<QString>(names.begin(), names.end());
+    }
+    const QString now = context.now.isEmpty() ? timeStamp(QDateTime::currentDateTime()) : context.now;
+    const QString thumbsPrefix = context.thumbsDir + u'/';
+
+    beginResetModel();
+    m_thumbnailCache.clear();
+    // The first line sets the row count to 1: the first row is written over,
+    // every other old row goes.
+    m_rows.resize(1);
+    m_rows.reserve(lines.size());
+    for (int r = 0; r < lines.size(); ++r) {
+        if (r > 0)
+            m_rows.append(CallRecord{});
+        CallRecord &row = m_rows[r];
+        const QString &line = lines[r];
+        ++report.lines;
+        // An empty line splits into no fields at all.
+        const QStringList fields = line.isEmpty() ? QStringList() : line.split(u'*');
+        const int n = int(fields.size());
+        if (n > 0)
+            row[Callsign] = plainZero(fields[0]);
+        for (int c = 1; c <= Longitude && c < n; ++c)
+            row.fields[std::size_t(c)] = fields[c];
+        if (n > TimeStamp)
+            row[TimeStamp] = fields[TimeStamp].isEmpty() ? now : fields[TimeStamp];
+        if (n > Extra)
+            row[Extra] = fields[Extra];
+        if (n < ColumnCount) {
+            report.badLine = r + 1;
+            break;
+        }
+
+        row.callsignBack = QColor();
+        row.firstNameBack = isNicknameAtLoad(row[FullName], row[FirstName]) ? kNicknameColour : QColor();
+
+        const double lat = app::val(row[Latitude]);
+        const double lon = app::val(row[Longitude]);
+        if (lat == 0 || lon == 0) {
+            row[Azimuth].clear();
+        } else {
+            const maps::Bearing b = maps::bearingFrom(context.me, lat, lon);
+            row[Azimuth] = maps::azimuthText(b.degrees);
+        }
+
+        // The thumbnail goes by the callsign as the file has it, slashed zero and all.
+        const QString thumbName = app::safeFileName(fields[0]) + QStringLiteral(".jpg");
+        row.thumbnail = thumbs.contains(thumbName) ? thumbsPrefix + thumbName : QString();
+    }
+    endResetModel();
+    return report;
+}
+
+QStringList CallListModel::lines() const
+{
+    QStringList out;
+    out.reserve(m_rows.size());
+    for (const CallRecord &r : m_rows)
+        out.append(r.toLine());
+    return out;
+}
+
+void CallListModel::sortList(qint16 &selector)
+{
+    if (m_rows.isEmpty())
+        return;
+    if (selector == 1)
+        selector = 9;
+    const int column = selector;
+    if (column < 0 || column >= ColumnCount)
+        return;
+    // Sort row numbers, not rows, so selections and the current row follow
+    // their entries through the sort.
+    std::vector<int> order(std::size_t(m_rows.size()));
+    for (std::size_t i = 0; i < order.size(); ++i)
+        order[i] = int(i);
+    const auto key = [this, column](int row) { return QStringView(m_rows[row].fields[std::size_t(column)]); };
+    if (column == Callsign)
+        std::stable_sort(order.begin(), order.end(), [&](int a, int b) { return key(a).compare(key(b)) < 0; });
+    else
+        std::stable_sort(order.begin(), order.end(), [&](int a, int b) { return key(a).compare(key(b)) > 0; });
+
+    emit layoutAboutToBeChanged({}, QAbstractItemModel::VerticalSortHint);
+    QList<CallRecord> sorted;
+    sorted.reserve(m_rows.size());
+    std::vector<int> newRowOf(order.size());
+    for (std::size_t i = 0; i < order.size(); ++i) {
+        sorted.append(std::move(m_rows[order[i]]));
+        newRowOf[std::size_t(order[i])] = int(i);
+    }
+    m_rows = std::move(sorted);
+    const QModelIndexList from = persistentIndexList();
+    QModelIndexList to;
+    to.reserve(from.size());
+    for (const QModelIndex &i : from)
+        to.append(index(newRowOf[std::size_t(i.row())], i.column()));
+    changePersistentIndexList(from, to);
+    emit layoutChanged({}, QAbstractItemModel::VerticalSortHint);
+}
+
+} // namespace marvik::lists

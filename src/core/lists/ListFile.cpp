@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "ListFile.h"
+
+#include "../app/Log.h"
+#include "../app/TextFile.h"
+
+#include <QDateTime>
+#include <QFile>
+#include <QFileInfo>
+
+namespace marvik::lists {
+
+bool saveList(const CallListModel &model, const QString &path, QString *errorString)
+{
+    return app::writeTextLines(path, model.lines(), errorString);
+}
+
+LoadReport loadList(CallListModel &model, const QString &path, const LoadContext &context, qint16 &sortMode,
+                    bool sorting)
+{
+    LoadReport report = model.load(path, context);
+    // A damaged file stops the load where the Windows program stopped, before its sort.
+    if (report.complete() && sorting)
+        model.sortList(sortMode);
+    return report;
+}
+
+QString keepDamagedCopy(const QString &path)
+{
+    const QString stamp = QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMddHHmmss"));
+    QString copy = path + QStringLiteral(".damaged-") + stamp;
+    for (int n = 2; QFileInfo::exists(copy); ++n)
+        copy = path + QStringLiteral(".damaged-") + stamp + u'-' + QString::number(n);
+    if (!QFile::copy(path, copy)) {
+        qCWarning(lcLists) << "could not keep a copy of the damaged list" << path;
+        return {};
+    }
+    return copy;
+}
+
+} // namespace marvik::lists

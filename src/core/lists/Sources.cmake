@@ -1,0 +1,4 @@
+target_sources(marvik_core PRIVATE
+  lists/CallListModel.cpp lists/CallListModel.h
+  lists/CallRecord.cpp lists/CallRecord.h
+  lists/ListFile.cpp lists/ListFile.h)

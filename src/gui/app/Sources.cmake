@@ -1,0 +1,1 @@
+target_sources(marvik_gui PRIVATE app/PlaceholderWindow.cpp app/PlaceholderWindow.h)

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Placement.h"
 
-#include "Number.h"
-
 #include <QSettings>
 
 namespace marvik::app {
@@ -13,8 +11,10 @@ int readTwips(QSettings &store, const QString &key, int fallback)
 {
     if (!store.contains(key))
         return fallback;
-    const double value = val(store.value(key).toString());
-    return value >= -1e9 && value <= 1e9 ? int(value) : fallback;
+    // A value that is no number at all is as good as missing.
+    bool ok = false;
+    const double value = store.value(key).toString().trimmed().toDouble(&ok);
+    return ok && value >= -1e9 && value <= 1e9 ? int(value) : fallback;
 }
 
 } // namespace

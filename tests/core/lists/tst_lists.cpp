@@ -1,0 +1,374 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "core/TestFiles.h"
+#include "app/TextCodec.h"
+#include "lists/CallListModel.h"
+#include "lists/ListFile.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QImage>
+#include <QProcess>
+#include <QRandomGenerator>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <csignal>
+
+using namespace marvik::lists;
+using marvik::test::readBytes;
+using marvik::test::writeBytes;
+
+namespace {
+
+const marvik::maps::Position kMe{40, -75};
+const QString kNow = QStringLiteral("20250101120000");
+
+QByteArray line(const QStringList &fields)
+{
+    QByteArray out;
+    marvik::app::toWindows1252(fields.join(u'*'), out);
+    return out + "\r\n";
+}
+
+QStringList callsigns(const CallListModel &m)
+{
+    QStringList out;
+    for (const CallRecord &r : m.records())
+        out << r[Callsign];
+    return out;
+}
+
+} // namespace
+
+class TestLists : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void loadRows_data();
+    void loadRows();
+    void slashedZeroAndThumbnail();
+    void damagedLineStopsTheLoad_data();
+    void damagedLineStopsTheLoad();
+    void emptyFileKeepsRows();
+    void reloadDropsOldRows();
+    void savedFileIsByteExact();
+    void emptyListSavesEmptyFile();
+    void loadSaveRoundTrip();
+    void sort_data();
+    void sort();
+    void sortKeepsSelectionOnItsEntry();
+    void damagedCopyKept();
+    void killedSaveNeverTearsTheFile();
+
+private:
+    LoadReport loadBytes(CallListModel &model, const QByteArray &bytes);
+    QTemporaryDir m_dir;
+    LoadContext m_context;
+};
+
+void TestLists::init()
+{
+    QVERIFY(m_dir.isValid());
+    QDir(m_dir.path()).mkpath(u"Images/Thumbs"_qs);
+    m_context = {kMe, m_dir.filePath(u"Images/Thumbs"_qs), kNow};
+}
+
+LoadReport TestLists::loadBytes(CallListModel &model, const QByteArray &bytes)
+{
+    const QString path = m_dir.filePath(u"List1.dat"_qs);
+    writeBytes(path, bytes);
+    return model.load(path, m_context);
+}
+
+void TestLists::loadRows_data()
+{
+    QTest::addColumn<QByteArray>("file");
+    QTest::addColumn<QStringList>("azimuths");
+    QTest::addColumn<QList<bool>>("highlights");
+    QTest::addColumn<QStringList>("stamps");
+
+    QTest::newRow("three lines, stale bearing recomputed")
+        << line({u"G4XYZ"_qs, u"John"_qs, u"123\u00B0"_qs, u"John Smith"_qs, u""_qs, u"London"_qs, u"England"_qs,
+                 u"51.5"_qs, u"-0.12"_qs, u"20240101000000"_qs, u""_qs})
+               + line({u"W2A"_qs, u"Bob"_qs, u""_qs, u"Robert Jones"_qs, u""_qs, u""_qs, u""_qs, u"41"_qs,
+                       u"-75"_qs, u"20240102000000"_qs, u"x"_qs})
+               + line({u"K1ABC"_qs, u"HANS"_qs, u""_qs, u"Hans Meyer"_qs, u""_qs, u""_qs, u""_qs, u"40"_qs,
+                       u"-80"_qs, u"20240103000000"_qs, u""_qs})
+        << QStringList{u"50\u00B0"_qs, u"0\u00B0"_qs, u"271\u00B0"_qs} << QList<bool>{false, true, false}
+        << QStringList{u"20240101000000"_qs, u"20240102000000"_qs, u"20240103000000"_qs};
+    QTest::newRow("either coordinate 0 means no position")
+        << line({u"DL1ABC"_qs, u"Hansi"_qs, u"99\u00B0"_qs, u"Hans Meyer"_qs, u""_qs, u""_qs, u""_qs, u"0"_qs,
+                 u"13.4"_qs, u""_qs, u""_qs})
+               + line({u"DL2ABC"_qs, u""_qs, u"99\u00B0"_qs, u""_qs, u""_qs, u""_qs, u""_qs, u"52.5"_qs, u""_qs,
+                       u"20240101000000"_qs, u""_qs})
+        << QStringList{QString(), QString()} << QList<bool>{true, false}
+        << QStringList{kNow, u"20240101000000"_qs};
+    QTest::newRow("same place as me")
+        << line({u"N3X"_qs, u"Al"_qs, u""_qs, u"Al"_qs, u""_qs, u""_qs, u""_qs, u"40"_qs, u"-75"_qs, u"1"_qs, u""_qs})
+        << QStringList{u"0\u00B0"_qs} << QList<bool>{false} << QStringList{u"1"_qs};
+    QTest::newRow("lenient positions, nickname compared in upper case")
+        << line({u"F5AB"_qs, u"jean"_qs, u""_qs, u"JEAN Dupont"_qs, u""_qs, u""_qs, u""_qs, u" 48.85 N"_qs,
+                 u"2.35E"_qs, u"2"_qs, u""_qs})
+        << QStringList{u"53\u00B0"_qs} << QList<bool>{false} << QStringList{u"2"_qs};
+}
+
+void TestLists::loadRows()
+{
+    QFETCH(QByteArray, file);
+    QFETCH(QStringList, azimuths);
+    QFETCH(QList<bool>, highlights);
+    QFETCH(QStringList, stamps);
+    CallListModel model;
+    const LoadReport report = loadBytes(model, file);
+    QVERIFY(report.complete());
+    QCOMPARE(model.rowCount(), azimuths.size());
+    for (int r = 0; r < model.rowCount(); ++r) {
+        QCOMPARE(model.record(r)[Azimuth], azimuths[r]);
+        QCOMPARE(model.index(r, FirstName).data(Qt::BackgroundRole).isValid(), highlights[r]);
+        if (highlights[r])
+            QCOMPARE(model.index(r, FirstName).data(Qt::BackgroundRole).value<QColor>(), QColor(187, 238, 255));
+        QCOMPARE(model.record(r)[TimeStamp], stamps[r]);
+        QCOMPARE(model.index(r, Azimuth).data(Qt::TextAlignmentRole).toInt(), int(Qt::AlignRight | Qt::AlignVCenter));
+    }
+}
+
+void TestLists::slashedZeroAndThumbnail()
+{
+    // The thumbnail was saved under the callsign as typed, slashed zero and all.
+    QImage thumb(32, 16, QImage::Format_RGB32);
+    thumb.fill(Qt::red);
+    QVERIFY(thumb.save(m_context.thumbsDir + u"/PA\u00D8ABC.jpg"_qs, "BMP"));
+    CallListModel model;
+    QVERIFY(loadBytes(model, "PA\xD8" "ABC*Jan******52.1*5.3*20240101000000*\r\n"
+                             "PA0XYZ*Piet******52.1*5.3*20240101000000*\r\n")
+                .complete());
+    QCOMPARE(model.record(0)[Callsign], u"PA0ABC"_qs);
+    const QImage shown = model.index(0, FirstName).data(CallListModel::ThumbnailRole).value<QImage>();
+    QCOMPARE(shown.size(), QSize(32, 16));
+    QVERIFY(model.index(1, FirstName).data(CallListModel::ThumbnailRole).isNull());
+}
+
+void TestLists::damagedLineStopsTheLoad_data()
+{
+    QTest::addColumn<QByteArray>("file");
+    QTest::addColumn<int>("rows");
+    QTest::addColumn<int>("badLine");
+    QTest::addColumn<QString>("lastCallsign");
+    const QByteArray good = "A1*a*********\r\n";
+    QTest::newRow("short line in the middle") << good + "B2*b*c\r\n" + good << 2 << 2 << u"B2"_qs;
+    QTest::newRow("empty line at the end") << good + "\r\n" << 2 << 2 << QString();
+    QTest::newRow("ten fields") << QByteArray("C3*1*2*3*4*5*6*7*8*9\r\n") << 1 << 1 << u"C3"_qs;
+    QTest::newRow("twelve fields are fine") << QByteArray("D4*1*2*3*4*5*6*7*8*9*10*11\r\n") << 1 << 0 << u"D4"_qs;
+}
+
+void TestLists::damagedLineStopsTheLoad()
+{
+    QFETCH(QByteArray, file);
+    QFETCH(int, rows);
+    QFETCH(int, badLine);
+    QFETCH(QString, lastCallsign);
+    CallListModel model;
+    const LoadReport report = loadBytes(model, file);
+    QVERIFY(report.opened);
+    QCOMPARE(report.badLine, badLine);
+    QCOMPARE(model.rowCount(), rows);
+    QCOMPARE(model.record(rows - 1)[Callsign], lastCallsign);
+}
+
+void TestLists::emptyFileKeepsRows()
+{
+    CallListModel model;
+    QVERIFY(loadBytes(model, "A1*a*********\r\n").complete());
+    QVERIFY(loadBytes(model, "").complete());
+    QCOMPARE(model.rowCount(), 1);
+}
+
+void TestLists::reloadDropsOldRows()
+{
+    CallListModel model;
+    QVERIFY(loadBytes(model, "A1*a*********\r\nB2*b*********\r\nC3*c*********\r\n").complete());
+    QCOMPARE(model.rowCount(), 3);
+    // A short first line writes over the first row field by field: what the
+    // line lacks stays from before, and the other rows go.
+    const LoadReport report = loadBytes(model, "Z9*z\r\n");
+    QCOMPARE(report.badLine, 1);
+    QCOMPARE(callsigns(model), QStringList{u"Z9"_qs});
+    QCOMPARE(model.record(0)[FirstName], u"z"_qs);
+}
+
+void TestLists::savedFileIsByteExact()
+{
+    CallListModel model;
+    CallRecord r;
+    r[Callsign] = u"OZ1ABC"_qs;
+    r[FirstName] = u"S\u00F8ren"_qs;
+    r[Azimuth] = u"34\u00B0"_qs;
+    r[City] = u"K\u00F8benhavn"_qs;
+    r[Latitude] = u"55.68"_qs;
+    r[Longitude] = u"12.57"_qs;
+    r[TimeStamp] = u"20240101000000"_qs;
+    model.appendRecord(r);
+    CallRecord only;
+    only[Callsign] = u"W1AW"_qs;
+    only[FirstName] = u"Hiram"_qs;
+    only[TimeStamp] = u"20231231235959"_qs;
+    model.appendRecord(only);
+    const QString path = m_dir.filePath(u"List2.dat"_qs);
+    QVERIFY(saveList(model, path));
+    QCOMPARE(readBytes(path), QByteArray("OZ1ABC*S\xF8ren*34\xB0***K\xF8" "benhavn**55.68*12.57*20240101000000*\r\n"
+                                         "W1AW*Hiram********20231231235959*\r\n"));
+}
+
+void TestLists::emptyListSavesEmptyFile()
+{
+    CallListModel model;
+    const QString path = m_dir.filePath(u"List3.dat"_qs);
+    QVERIFY(writeBytes(path, "old contents\r\n"));
+    QVERIFY(saveList(model, path));
+    QVERIFY(QFile::exists(path));
+    QCOMPARE(readBytes(path), QByteArray());
+    CallListModel back;
+    QVERIFY(back.load(path, m_context).complete());
+    QCOMPARE(back.rowCount(), 0);
+}
+
+void TestLists::loadSaveRoundTrip()
+{
+    // Everything but the derived azimuth comes back byte for byte, including
+    // bytes Windows-1252 leaves undefined and an Extra field.
+    const QByteArray file = "SM5\x81XY*\xC5sa*1\xB0*\xC5sa Berg*Gatan 1*Stockholm*Sweden*59.33*18.06*20240101000000*note\r\n"
+                            "JA1ZZZ*Taro*****Japan*0*0*20240101000001*\r\n";
+    CallListModel model;
+    QVERIFY(loadBytes(model, file).complete());
+    const QString path = m_dir.filePath(u"List4.dat"_qs);
+    QVERIFY(saveList(model, path));
+    QByteArray expected = file;
+    expected.replace("*1\xB0*", "*37\xB0*"); // recomputed from Me at 40 N, 75 W
+    QCOMPARE(readBytes(path), expected);
+}
+
+void TestLists::sort_data()
+{
+    QTest::addColumn<QStringList>("calls");
+    QTest::addColumn<QStringList>("stamps");
+    QTest::addColumn<int>("selector");
+    QTest::addColumn<QStringList>("expected");
+    QTest::addColumn<int>("selectorAfter");
+    const QStringList stamps{u"20240102000000"_qs, u"20231231000000"_qs, u"20240102000000"_qs, u"20240101000000"_qs};
+    QTest::newRow("by callsign, case-sensitive")
+        << QStringList{u"K1ABC"_qs, u"dl1abc"_qs, u"DL1ABC"_qs, u"G4XYZ"_qs} << stamps << 0
+        << QStringList{u"DL1ABC"_qs, u"G4XYZ"_qs, u"K1ABC"_qs, u"dl1abc"_qs} << 0;
+    // Newest first; equal stamps keep their order.
+    QTest::newRow("by date/time turns the selector into 9")
+        << QStringList{u"A"_qs, u"B"_qs, u"C"_qs, u"D"_qs} << stamps << 1
+        << QStringList{u"A"_qs, u"C"_qs, u"D"_qs, u"B"_qs} << 9;
+    QTest::newRow("a 9 stays 9") << QStringList{u"A"_qs, u"B"_qs, u"C"_qs, u"D"_qs} << stamps << 9
+                                 << QStringList{u"A"_qs, u"C"_qs, u"D"_qs, u"B"_qs} << 9;
+}
+
+void TestLists::sort()
+{
+    QFETCH(QStringList, calls);
+    QFETCH(QStringList, stamps);
+    QFETCH(int, selector);
+    CallListModel model;
+    for (int i = 0; i < calls.size(); ++i) {
+        CallRecord r;
+        r[Callsign] = calls[i];
+        r[TimeStamp] = stamps[i];
+        model.appendRecord(r);
+    }
+    auto s = qint16(selector);
+    model.sortList(s);
+    QTEST(callsigns(model), "expected");
+    QTEST(int(s), "selectorAfter");
+}
+
+void TestLists::sortKeepsSelectionOnItsEntry()
+{
+    CallListModel model;
+    for (const QString &c : {u"C"_qs, u"A"_qs, u"B"_qs}) {
+        CallRecord r;
+        r[Callsign] = c;
+        model.appendRecord(r);
+    }
+    QPersistentModelIndex current = model.index(0, 0); // "C"
+    qint16 mode = 0;
+    model.sortList(mode);
+    QCOMPARE(current.row(), 2);
+    QCOMPARE(current.data().toString(), u"C"_qs);
+}
+
+void TestLists::damagedCopyKept()
+{
+    const QString path = m_dir.filePath(u"List5.dat"_qs);
+    QVERIFY(writeBytes(path, "bad*line\r\n"));
+    const QString copy = keepDamagedCopy(path);
+    QVERIFY(copy.startsWith(path + u".damaged-"_qs));
+    QCOMPARE(readBytes(copy), QByteArray("bad*line\r\n"));
+    QVERIFY(keepDamagedCopy(path) != copy);
+}
+
+void TestLists::killedSaveNeverTearsTheFile()
+{
+    // A child process saves two different large lists over and over; killing
+    // it at random moments must always leave one of them whole.
+    const QString path = m_dir.filePath(u"List1.dat"_qs);
+    QByteArray versions[2];
+    for (int v = 0; v < 2; ++v) {
+        CallListModel model;
+        for (int i = 0; i < 20000; ++i) {
+            CallRecord r;
+            r[Callsign] = QStringLiteral("K%1V%2").arg(i).arg(v);
+            r[FullName] = QStringLiteral("Operator number %1").arg(i);
+            model.appendRecord(r);
+        }
+        QVERIFY(saveList(model, path));
+        versions[v] = readBytes(path);
+    }
+    auto *rng = QRandomGenerator::global();
+    for (int round = 0; round < 12; ++round) {
+        QProcess child;
+        child.start(QCoreApplication::applicationFilePath(), {u"--save-loop"_qs, path});
+        QVERIFY(child.waitForStarted());
+        QVERIFY(child.waitForReadyRead(10000)); // the child says when it has begun saving
+        QTest::qWait(int(rng->bounded(5, 120)));
+        ::kill(pid_t(child.processId()), SIGKILL);
+        QVERIFY(child.waitForFinished());
+        const QByteArray now = readBytes(path);
+        QVERIFY2(now == versions[0] || now == versions[1], "the list file was torn by a killed save");
+    }
+}
+
+// The child of killedSaveNeverTearsTheFile().
+static int saveLoop(const QString &path)
+{
+    CallListModel models[2];
+    for (int v = 0; v < 2; ++v) {
+        for (int i = 0; i < 20000; ++i) {
+            CallRecord r;
+            r[Callsign] = QStringLiteral("K%1V%2").arg(i).arg(v);
+            r[FullName] = QStringLiteral("Operator number %1").arg(i);
+            models[v].appendRecord(r);
+        }
+    }
+    fputs("saving\n", stdout);
+    fflush(stdout);
+    for (int n = 0;; ++n)
+        saveList(models[n % 2], path);
+}
+
+int main(int argc, char *argv[])
+{
+    QCoreApplication app(argc, argv);
+    if (argc == 3 && qstrcmp(argv[1], "--save-loop") == 0)
+        return saveLoop(QString::fromLocal8Bit(argv[2]));
+    TestLists test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_lists.moc"

@@ -16,3 +16,7 @@ if(ENABLE_SANITIZERS)
     -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
   target_link_options(marvik_options INTERFACE -fsanitize=address,undefined)
 endif()
+if(MARVIK_FUZZ)
+  # Coverage feedback for libFuzzer in all of Marvik's code, not just the targets.
+  target_compile_options(marvik_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()

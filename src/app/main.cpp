@@ -1,13 +1,73 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "app/PlaceholderWindow.h"
+#include "app/MainWindow.h"
+
+#include <core/app/DataFolder.h>
 
 #include <QApplication>
+#include <QCommandLineParser>
+#include <QIcon>
+#include <QSocketNotifier>
+
+#include <csignal>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace {
+
+int g_signalPipe[2] = {-1, -1};
+
+void onTerminate(int)
+{
+    const char byte = 1;
+    // Only write() is safe in a signal handler; the event loop does the rest.
+    [[maybe_unused]] const auto written = ::write(g_signalPipe[0], &byte, 1);
+}
+
+} // namespace
 
 int main(int argc, char *argv[])
 {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Marvik"));
-    marvik::gui::PlaceholderWindow window(QStringLiteral("Marvik is being built."));
+    QApplication::setApplicationVersion(QStringLiteral("3.12"));
+    QApplication::setDesktopFileName(QStringLiteral("marvik"));
+    const QString icons = marvik::app::shareFolder() + QStringLiteral("/icons/");
+    QIcon fallback;
+    for (int size : {16, 32, 48, 64, 128, 256})
+        fallback.addFile(icons + QStringLiteral("marvik-%1.png").arg(size));
+    QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("marvik"), fallback));
+
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral("Callsign lists for slow-scan TV picture exchange"));
+    parser.addHelpOption();
+    parser.addVersionOption();
+    const QCommandLineOption dataDir(QStringLiteral("data-dir"), QStringLiteral("Use DIR as the data folder."),
+                                     QStringLiteral("DIR"));
+    parser.addOption(dataDir);
+    parser.process(app);
+
+    marvik::gui::MainWindow window(parser.value(dataDir));
+    if (!window.startUp())
+        return 0;
+
+    // SIGTERM and SIGINT close the window the normal way, so the lists and
+    // the configuration are written as at any other exit.
+    if (::socketpair(AF_UNIX, SOCK_STREAM, 0, g_signalPipe) == 0) {
+        auto *notifier = new QSocketNotifier(g_signalPipe[1], QSocketNotifier::Read, &app);
+        QObject::connect(notifier, &QSocketNotifier::activated, &window, [&window, notifier] {
+            char byte;
+            [[maybe_unused]] const auto got = ::read(g_signalPipe[1], &byte, 1);
+            notifier->setEnabled(false);
+            window.close();
+        });
+        struct sigaction action = {};
+        action.sa_handler = onTerminate;
+        sigemptyset(&action.sa_mask);
+        action.sa_flags = SA_RESTART;
+        sigaction(SIGTERM, &action, nullptr);
+        sigaction(SIGINT, &action, nullptr);
+    }
+
     window.show();
     return QApplication::exec();
 }

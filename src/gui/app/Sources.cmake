@@ -1,1 +1,3 @@
-target_sources(marvik_gui PRIVATE app/PlaceholderWindow.cpp app/PlaceholderWindow.h)
+# SPDX-License-Identifier: GPL-3.0-or-later
+target_sources(marvik_gui PRIVATE
+  app/MainWindow.cpp app/MainWindow.h)

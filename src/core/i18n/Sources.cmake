@@ -1,0 +1,3 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+target_sources(marvik_core PRIVATE
+  i18n/Texts.cpp i18n/Texts.h)

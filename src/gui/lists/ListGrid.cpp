@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "ListGrid.h"
+
+#include <core/lists/ListEditing.h>
+
+#include <QHeaderView>
+#include <QMouseEvent>
+#include <QScrollBar>
+#include <QWheelEvent>
+
+namespace marvik::gui {
+
+ListGrid::ListGrid(QWidget *parent)
+    : QTableView(parent)
+{
+    horizontalHeader()->hide();
+    verticalHeader()->hide();
+    // Equal row heights let the view skip measuring 10,000 rows.
+    verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 5);
+    horizontalHeader()->setMinimumSectionSize(0);
+    setSelectionBehavior(QAbstractItemView::SelectRows);
+    setSelectionMode(QAbstractItemView::SingleSelection);
+    setEditTriggers(QAbstractItemView::NoEditTriggers);
+    setVerticalScrollMode(QAbstractItemView::ScrollPerItem);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setWordWrap(false);
+    setTabKeyNavigation(false);
+    // The column edges must line up with the heading bar, so no frame shifts them.
+    setFrameShape(QFrame::NoFrame);
+    setFocusPolicy(Qt::ClickFocus);
+}
+
+int ListGrid::topRow() const
+{
+    return verticalScrollBar()->value();
+}
+
+void ListGrid::setTopRow(int row)
+{
+    verticalScrollBar()->setValue(row);
+}
+
+int ListGrid::fullyVisibleRows() const
+{
+    const int h = verticalHeader()->defaultSectionSize();
+    return h > 0 ? viewport()->height() / h : 0;
+}
+
+void ListGrid::mouseReleaseEvent(QMouseEvent *event)
+{
+    QTableView::mouseReleaseEvent(event);
+    emit mouseUp(event->button(), event->position().toPoint());
+}
+
+void ListGrid::wheelEvent(QWheelEvent *event)
+{
+    // Whole notches of 120 are what the grid scrolls by; touchpads deliver
+    // smaller steps, which are gathered into notches first.
+    m_wheelRest += event->angleDelta().y();
+    while (m_wheelRest >= 120 || m_wheelRest <= -120) {
+        const int delta = m_wheelRest > 0 ? 120 : -120;
+        m_wheelRest -= delta;
+        setTopRow(lists::wheelTopRow(topRow(), delta, model() ? model()->rowCount() : 0, fullyVisibleRows()));
+    }
+    event->accept();
+}
+
+} // namespace marvik::gui

@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QTableView>
+
+namespace marvik::gui {
+
+/// One list's grid: a table without headings (the heading bar above it
+/// carries them), whole-row selection, rows of fixed height, and the wheel
+/// and mouse-up behaviour of the main window's grids.
+class ListGrid : public QTableView
+{
+    Q_OBJECT
+
+public:
+    explicit ListGrid(QWidget *parent = nullptr);
+
+    /// The row shown at the top.
+    int topRow() const;
+    void setTopRow(int row);
+    /// Rows that fit completely in the visible area.
+    int fullyVisibleRows() const;
+
+signals:
+    /// A mouse button was released over the grid; `pos` is in viewport pixels.
+    void mouseUp(Qt::MouseButton button, QPoint pos);
+
+protected:
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void wheelEvent(QWheelEvent *event) override;
+
+private:
+    int m_wheelRest = 0;
+};
+
+} // namespace marvik::gui

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "ListNamesDialog.h"
+
+#include <QFormLayout>
+#include <QHBoxLayout>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace marvik::gui {
+
+ListNamesDialog::ListNamesDialog(const QStringList &names, QWidget *parent)
+    : QDialog(parent)
+{
+    setObjectName(QStringLiteral("Form8"));
+    setWindowTitle(QStringLiteral("Change list names"));
+    auto *form = new QFormLayout;
+    for (int i = 0; i < 5; ++i) {
+        auto *box = new QLineEdit(names.value(i), this);
+        box->setObjectName(QStringLiteral("txtListName%1").arg(i));
+        form->addRow(QString::number(i + 1), box);
+        m_boxes.append(box);
+    }
+    auto *close = new QPushButton(QStringLiteral("Close"), this);
+    close->setObjectName(QStringLiteral("cmdClose"));
+    close->setDefault(true);
+    connect(close, &QPushButton::clicked, this, &QDialog::accept);
+    auto *buttons = new QHBoxLayout;
+    buttons->addStretch();
+    buttons->addWidget(close);
+    auto *layout = new QVBoxLayout(this);
+    layout->addLayout(form);
+    layout->addLayout(buttons);
+    setMinimumWidth(280);
+}
+
+QStringList ListNamesDialog::names() const
+{
+    QStringList out;
+    for (const QLineEdit *box : m_boxes)
+        out.append(box->text());
+    return out;
+}
+
+} // namespace marvik::gui

@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QDialog>
+#include <QStringList>
+
+class QLineEdit;
+
+namespace marvik::gui {
+
+/// `Form8`: the names of the five lists, one box each (`txtListName0`..4).
+class ListNamesDialog : public QDialog
+{
+    Q_OBJECT
+
+public:
+    explicit ListNamesDialog(const QStringList &names, QWidget *parent = nullptr);
+
+    /// The five names as the boxes hold them now.
+    QStringList names() const;
+
+private:
+    QList<QLineEdit *> m_boxes;
+};
+
+} // namespace marvik::gui

@@ -132,9 +132,15 @@ void DataFolder::rotateIni() const
 
 QString safeFileName(const QString &callsign)
 {
+    const auto unsafe = [](QChar c) {
+        return c.unicode() < 0x20 || c.unicode() == 0x7F || QStringView(u"/\\:*?\"<>|").contains(c);
+    };
+    if (std::none_of(callsign.begin(), callsign.end(), unsafe) && callsign != QLatin1String(".")
+        && callsign != QLatin1String(".."))
+        return callsign;
     QString name = callsign;
     for (QChar &c : name) {
-        if (c.unicode() < 0x20 || c.unicode() == 0x7F || QStringView(u"/\\:*?\"<>|").contains(c))
+        if (unsafe(c))
             c = u'_';
     }
     // "." and ".." would name a folder, not a file.

@@ -167,11 +167,14 @@ LoadReport CallListModel::load(const QString &path, const LoadContext &context)
     if (lines.isEmpty())
         return report; // an empty file leaves the grid as it was
 
-    // One listing of the thumbnail folder instead of a look-up per row.
+    // One listing of the thumbnail folder instead of a look-up per row; the
+    // set holds the names less their ".jpg".
     QSet<QString> thumbs;
     if (!context.thumbsDir.isEmpty()) {
-        const QStringList names = QDir(context.thumbsDir).entryList(QDir::Files | QDir::Hidden);
-        thumbs = QSet<QString>(names.begin(), names.end());
+        const QStringList names =
+            QDir(context.thumbsDir).entryList({QStringLiteral("*.jpg")}, QDir::Files | QDir::Hidden);
+        for (const QString &name : names)
+            thumbs.insert(name.chopped(4));
     }
     const QString now = context.now.isEmpty() ? timeStamp(QDateTime::currentDateTime()) : context.now;
     const QString thumbsPrefix = context.thumbsDir + u'/';
@@ -189,16 +192,16 @@ LoadReport CallListModel::load(const QString &path, const LoadContext &context)
         const QString &line = lines[r];
         ++report.lines;
         // An empty line splits into no fields at all.
-        const QStringList fields = line.isEmpty() ? QStringList() : line.split(u'*');
+        const QList<QStringView> fields = line.isEmpty() ? QList<QStringView>() : QStringView(line).split(u'*');
         const int n = int(fields.size());
         if (n > 0)
-            row[Callsign] = plainZero(fields[0]);
+            row[Callsign] = plainZero(fields[0].toString());
         for (int c = 1; c <= Longitude && c < n; ++c)
-            row.fields[std::size_t(c)] = fields[c];
+            row.fields[std::size_t(c)] = fields[c].toString();
         if (n > TimeStamp)
-            row[TimeStamp] = fields[TimeStamp].isEmpty() ? now : fields[TimeStamp];
+            row[TimeStamp] = fields[TimeStamp].isEmpty() ? now : fields[TimeStamp].toString();
         if (n > Extra)
-            row[Extra] = fields[Extra];
+            row[Extra] = fields[Extra].toString();
         if (n < ColumnCount) {
             report.badLine = r + 1;
             break;
@@ -217,8 +220,12 @@ LoadReport CallListModel::load(const QString &path, const LoadContext &context)
         }
 
         // The thumbnail goes by the callsign as the file has it, slashed zero and all.
-        const QString thumbName = app::safeFileName(fields[0]) + QStringLiteral(".jpg");
-        row.thumbnail = thumbs.contains(thumbName) ? thumbsPrefix + thumbName : QString();
+        row.thumbnail.clear();
+        if (!thumbs.isEmpty()) {
+            const QString thumbName = app::safeFileName(fields[0].toString());
+            if (thumbs.contains(thumbName))
+                row.thumbnail = thumbsPrefix + thumbName + QStringLiteral(".jpg");
+        }
     }
     endResetModel();
     return report;

@@ -3,6 +3,8 @@
 
 #include <QDateTime>
 
+#include <algorithm>
+
 namespace marvik::lists {
 
 QString CallRecord::toLine() const
@@ -33,8 +35,17 @@ QString timeStamp(const QDateTime &when)
 
 bool isNicknameAtLoad(const QString &fullName, const QString &firstName)
 {
-    const QString word = firstWord(fullName);
-    return !word.isEmpty() && word.toUpper() != firstName.toUpper();
+    const qsizetype blank = fullName.indexOf(u' ');
+    const QStringView word = blank < 0 ? QStringView(fullName) : QStringView(fullName).left(blank);
+    if (word.isEmpty())
+        return false;
+    // Plain ASCII, as nearly every name is, compares without building upper-case copies.
+    const auto ascii = [](QStringView s) {
+        return std::all_of(s.begin(), s.end(), [](QChar c) { return c.unicode() < 0x80; });
+    };
+    if (ascii(word) && ascii(firstName))
+        return word.compare(firstName, Qt::CaseInsensitive) != 0;
+    return word.toString().toUpper() != firstName.toUpper();
 }
 
 bool isNicknameWhenEdited(const QString &fullName, const QString &firstName)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Geometry.h"
 
+#include <array>
 #include <cmath>
 
 namespace marvik::maps {
@@ -99,6 +100,15 @@ Bearing bearingFrom(const Position &me, double latitude, double longitude)
 
 QString azimuthText(int degrees)
 {
+    // Whole lists are filled with these; share one string per degree.
+    static const std::array<QString, 360> texts = [] {
+        std::array<QString, 360> t;
+        for (int d = 0; d < 360; ++d)
+            t[std::size_t(d)] = QString::number(d) + QChar(0xB0);
+        return t;
+    }();
+    if (degrees >= 0 && degrees < 360)
+        return texts[std::size_t(degrees)];
     return QString::number(degrees) + QChar(0xB0);
 }
 

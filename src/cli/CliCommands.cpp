@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "CliCommands.h"
 
+#include "LookupCommands.h"
+
 #include "maps/Geometry.h"
 
 #include <QHash>
@@ -14,7 +16,7 @@ namespace {
 
 struct Command
 {
-    int arguments; ///< how many arguments follow the command's name
+    int arguments; ///< how many arguments follow the command's name; -1: the command checks them
     QString usage;
     std::function<int(const QStringList &, const QString &, QTextStream &, QTextStream &)> run;
 };
@@ -85,6 +87,9 @@ const QHash<QString, Command> &commands()
         {QStringLiteral("distance"), {4, QStringLiteral("distance ME_LAT ME_LON LAT LON"), distance}},
         {QStringLiteral("locator"), {2, QStringLiteral("locator LAT LON"), locator}},
         {QStringLiteral("position"), {1, QStringLiteral("position LOCATOR"), position}},
+        {QStringLiteral("html2text"), {1, QStringLiteral("html2text FILE"), html2text}},
+        {QStringLiteral("read"), {3, QStringLiteral("read SOURCE CALLSIGN FILE"), readPage}},
+        {QStringLiteral("lookup"), {-1, QStringLiteral("lookup [--source SOURCE] CALLSIGN"), lookup}},
     };
     return table;
 }
@@ -103,7 +108,7 @@ int run(const QStringList &args, const QString &dataDir, QTextStream &out, QText
         return BadArguments;
     }
     const QStringList rest = args.mid(1);
-    if (rest.size() != it->arguments) {
+    if (it->arguments >= 0 && rest.size() != it->arguments) {
         err << "marvik-cli: usage: marvik-cli [--data-dir DIR] " << it->usage << '\n';
         return BadArguments;
     }

@@ -1,0 +1,134 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "PageReader.h"
+#include "SourceSettings.h"
+
+#include <QByteArray>
+#include <QObject>
+#include <QString>
+
+class QNetworkAccessManager;
+
+namespace marvik::lookup {
+
+class NamedDownloads;
+
+/// The lookup control: starts named page requests to the online callbooks,
+/// keeps the decoded text of the last page, tells its host by signals what
+/// arrived, and reads the lookup result out of that text on request.
+///
+/// Request names end in their kind: "1" site and log-in state, "2" call page,
+/// "3" update check, "4" position only, "5" picture. A request made again
+/// under a pending name cancels the earlier one. A failed download raises none
+/// of the twelve events (the host guards each lookup with its own timer);
+/// requestFailed() tells it why, for hosts that want to know sooner.
+class LookUp : public QObject
+{
+    Q_OBJECT
+    Q_PROPERTY(int data_base READ dataBase WRITE setDataBase)
+
+public:
+    LookUp(QNetworkAccessManager *network, const SourceSettings &settings, const QString &ownCallsign,
+           QObject *parent = nullptr);
+    ~LookUp() override;
+
+    /// The source of every request and reader: 1 eHam, 2 QRZ, 3 QRZCQ,
+    /// 4 Callook, 5 HamCall; other numbers do nothing.
+    int dataBase() const { return m_dataBase; }
+    void setDataBase(int dataBase);
+
+    void setSettings(const SourceSettings &settings);
+    const SourceSettings &settings() const { return m_settings; }
+    /// The user's callsign: a QRZ page that shows it means "logged in".
+    void setOwnCallsign(const QString &callsign) { m_ownCallsign = callsign; }
+    /// The main window's current source (menu index 0..6); GetLatLon uses it.
+    void setCurrentSource(int menuIndex) { m_currentSource = menuIndex; }
+    int currentSource() const { return m_currentSource; }
+    void setTransferTimeout(int milliseconds);
+
+    /// The decoded text of the last page (CR LF line breaks).
+    const QString &html() const { return m_reader.text(); }
+    /// Puts a page's text in place as if it had just arrived (for readers
+    /// run on a saved page).
+    void setHtml(const QString &text) { m_reader.setText(text); }
+    /// The bytes of the last completed download (a picture after PictureReady).
+    const QByteArray &bytes() const { return m_bytes; }
+    /// The callsign of the current GetPage, upper case.
+    const QString &callSign() const { return m_callSign; }
+    int cursor() const { return m_reader.cursor(); }
+    /// The position kept by the last position-only request.
+    double lastLatitude() const { return m_lastLatitude; }
+    double lastLongitude() const { return m_lastLongitude; }
+    /// What the last cName() call reported (none, not found, log-in needed).
+    ReaderEvent lastNameEvent() const { return m_lastNameEvent; }
+    /// Names of the requests in flight, oldest first.
+    QStringList pendingRequests() const;
+
+    // Requests. Results come by signals.
+    /// Fetches the source's site page under its request label + "1".
+    void GetSite();
+    /// `callSign` is the callsign followed by the kind character "2".
+    void GetPage(const QString &callSign);
+    /// `callSign` ends in one kind character, which is dropped. Uses the
+    /// current source (setCurrentSource), not data_base; the CD callbooks
+    /// request nothing.
+    void GetLatLon(const QString &callSign);
+    /// `name` ends in "5".
+    void GetPicture(const QString &url, const QString &name);
+    void CheckUpdates();
+
+    // Field readers on the last page; see PageReader. The readers throw
+    // ReaderError when a page lacks an end mark they count on.
+    QString cName(const QString &callSign);
+    QString Add1();
+    QString Add2();
+    QString Ctry();
+    double Latitude();
+    double Longitude();
+    QString Class();
+    QString PrevCall();
+    QString DateOfBirth();
+    /// The grid locator, despite its name.
+    QString WebAddress();
+    /// The operator's web page (QRZ only).
+    QString WebPage();
+
+signals:
+    // The events, in the Windows control's order.
+    void GotSite(const QString &subject, bool loggedIn);
+    void SiteNotFound(const QString &subject);
+    void GotPage(const QString &callSign, bool loggedIn);
+    void PageNotFound(const QString &callSign);
+    void CallNotFound(const QString &callSign);
+    void PictureReady(const QString &name);
+    void NoPic(); ///< declared, never raised
+    void LoginRequired(const QString &callSign);
+    void UpdateFound(const QString &text);
+    void UpdatesNotFound(); ///< declared, never raised
+    void LatLon(double latitude, double longitude);
+    void LatLonNotFound(); ///< declared, never raised
+
+    /// Not one of the events: a request ended without an answer.
+    void requestFailed(const QString &name, const QString &reason);
+
+private:
+    void request(const QString &name, const QString &address, qint64 sizeLimit);
+    void onFinished(const QString &name, const QByteArray &bytes, const QByteArray &contentType);
+    bool loggedIn() const;
+    QString callPageAddress(int dataBase, const QString &callSign) const;
+
+    NamedDownloads *m_downloads;
+    SourceSettings m_settings;
+    QString m_ownCallsign;
+    PageReader m_reader;
+    QByteArray m_bytes;
+    QString m_callSign;
+    ReaderEvent m_lastNameEvent = ReaderEvent::None;
+    int m_dataBase = 0;
+    int m_currentSource = Qrz - 1;
+    double m_lastLatitude = 0;
+    double m_lastLongitude = 0;
+};
+
+} // namespace marvik::lookup

@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "LookupResult.h"
+
+#include "LookUp.h"
+#include "app/Log.h"
+#include "app/Number.h"
+#include "lists/CallRecord.h"
+
+#include <QDateTime>
+
+namespace marvik::lookup {
+
+QString outcomeName(LookupOutcome outcome)
+{
+    switch (outcome) {
+    case LookupOutcome::Found: return QStringLiteral("GotPage");
+    case LookupOutcome::PageNotFound: return QStringLiteral("PageNotFound");
+    case LookupOutcome::CallNotFound: return QStringLiteral("CallNotFound");
+    case LookupOutcome::LoginRequired: return QStringLiteral("LoginRequired");
+    case LookupOutcome::ReaderError: return QStringLiteral("ReaderError");
+    }
+    return {};
+}
+
+LookupResult readLookupResult(LookUp &lookUp, const QString &callSign, bool withExtras)
+{
+    LookupResult r;
+    try {
+        r.name = lookUp.cName(callSign);
+        switch (lookUp.lastNameEvent()) {
+        case ReaderEvent::CallNotFound: r.outcome = LookupOutcome::CallNotFound; break;
+        case ReaderEvent::LoginRequired: r.outcome = LookupOutcome::LoginRequired; break;
+        case ReaderEvent::None: break;
+        }
+        r.address1 = lookUp.Add1();
+        r.address2 = lookUp.Add2();
+        r.country = lookUp.Ctry();
+        r.latitude = lookUp.Latitude();
+        r.longitude = lookUp.Longitude();
+        r.locator = lookUp.WebAddress();
+        if (withExtras) {
+            r.licenceClass = lookUp.Class();
+            r.previousCall = lookUp.PrevCall();
+            r.dateOfBirth = lookUp.DateOfBirth();
+            r.webPage = lookUp.WebPage();
+        }
+    } catch (const ReaderError &error) {
+        if (r.outcome == LookupOutcome::Found || lookUp.lastNameEvent() == ReaderEvent::None)
+            r.outcome = LookupOutcome::ReaderError;
+        else if (lookUp.lastNameEvent() == ReaderEvent::CallNotFound)
+            r.outcome = LookupOutcome::CallNotFound;
+        r.error = QString::fromUtf8(error.what());
+        qCInfo(lcLookup) << "reading the page of" << callSign << "failed:" << error.what();
+        return r;
+    }
+    // The locator is trimmed before its length is judged: the pages put a
+    // tab or a line break beside it.
+    const QString locator = r.locator.trimmed();
+    maps::Position position;
+    if (locator.size() == 6 && r.latitude == 0 && r.longitude == 0 && maps::fromLocator(locator, position)) {
+        r.latitude = position.latitude;
+        r.longitude = position.longitude;
+        r.positionFromLocator = true;
+    }
+    return r;
+}
+
+LookupResult readPage(LookUp &lookUp, const QString &callSign, bool withExtras)
+{
+    if (pagetext::find(lookUp.html(), callSign, 1) == 0) {
+        LookupResult r;
+        r.outcome = LookupOutcome::PageNotFound;
+        return r;
+    }
+    return readLookupResult(lookUp, callSign, withExtras);
+}
+
+QString cleanCallsign(const QString &typed)
+{
+    QString call = typed;
+    call.replace(QChar(0xD8), u'0');
+    call = call.toUpper();
+    if (call.startsWith(QStringLiteral("DE ")))
+        call.remove(0, 3);
+    const qsizetype dash = call.indexOf(u'-');
+    const qsizetype blank = call.indexOf(u' ');
+    qsizetype end = -1;
+    if (dash >= 0 && blank >= 0)
+        end = std::min(dash, blank);
+    else
+        end = std::max(dash, blank);
+    if (end >= 0)
+        call.truncate(end);
+    return call;
+}
+
+void writeLookupResult(lists::CallRecord &row, bool existing, const QString &callSign, const LookupResult &result,
+                       const maps::Position &me, const QDateTime &now)
+{
+    using namespace lists;
+    // QString::trimmed() takes U+00A0 for a blank as well, which the pages
+    // put around their values.
+    const QString fullName = result.name.trimmed();
+    QString country = result.country.trimmed();
+    if (country == u"UNITED STATES")
+        country = QStringLiteral("USA");
+
+    if (!existing) {
+        row = CallRecord();
+    }
+    row[Callsign] = callSign;
+    row[FullName] = fullName;
+    if (!existing || row[FirstName].isEmpty())
+        row[FirstName] = firstWord(fullName);
+    row[Address] = result.address1.trimmed();
+    row[City] = result.address2.trimmed();
+    row[Country] = country;
+    row[Latitude] = app::shortestDecimal(result.latitude);
+    row[Longitude] = app::shortestDecimal(result.longitude);
+    row[TimeStamp] = timeStamp(now);
+    row[Azimuth] = maps::azimuthText(maps::bearingFrom(me, result.latitude, result.longitude).degrees);
+    row.firstNameBack = isNicknameAtLoad(row[FullName], row[FirstName]) ? kNicknameColour : QColor();
+}
+
+} // namespace marvik::lookup

@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QHash>
+#include <QNetworkRequest>
+#include <QObject>
+#include <QStringList>
+
+class QNetworkAccessManager;
+class QNetworkReply;
+
+namespace marvik::lookup {
+
+/// Page size cap: a callbook page is far smaller; anything bigger is not one.
+inline constexpr qint64 kPageSizeLimit = 4 * 1024 * 1024;
+/// Picture size cap.
+inline constexpr qint64 kPictureSizeLimit = 16 * 1024 * 1024;
+/// How long a transfer may stand still before it is given up.
+inline constexpr int kDefaultTransferTimeoutMs = 30000;
+
+/// Downloads by name over one network access manager, the way the Windows
+/// controls' named asynchronous reads worked: a new download under a pending
+/// name cancels the earlier one, so only the newest answer for a name ever
+/// arrives. Downloads never come from a cache, follow redirects only to http
+/// and https, and are cut off at a size cap.
+class NamedDownloads : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit NamedDownloads(QNetworkAccessManager *network, QObject *parent = nullptr);
+    ~NamedDownloads() override;
+
+    /// Starts (or restarts) the download `name`.
+    void start(const QString &name, const QUrl &url, qint64 sizeLimit,
+               QNetworkRequest::CacheLoadControl cache = QNetworkRequest::AlwaysNetwork);
+    /// Cancels a pending download; nothing is reported for it.
+    void cancel(const QString &name);
+
+    bool isPending(const QString &name) const { return m_replies.contains(name); }
+    /// The names in flight, oldest first.
+    QStringList pendingNames() const { return m_pending; }
+
+    void setTransferTimeout(int milliseconds) { m_transferTimeout = milliseconds; }
+    int transferTimeout() const { return m_transferTimeout; }
+
+signals:
+    /// A download ended well; the name has left the pending list.
+    void finished(const QString &name, const QByteArray &bytes, const QByteArray &contentType);
+    /// A download failed (network error, HTTP error, size cap, refused
+    /// redirect, time-out); the name has left the pending list.
+    void failed(const QString &name, const QString &reason);
+    void progress(const QString &name, qint64 bytesDone, qint64 bytesTotal);
+
+private:
+    void onFinished(QNetworkReply *reply, const QString &name);
+    void fail(QNetworkReply *reply, const QString &reason);
+    void forget(const QString &name);
+
+    QNetworkAccessManager *m_network;
+    QHash<QString, QNetworkReply *> m_replies;
+    QStringList m_pending;
+    int m_transferTimeout = kDefaultTransferTimeoutMs;
+};
+
+} // namespace marvik::lookup

@@ -28,7 +28,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     }
     Settings back;
     back.maps = {{QStringLiteral("Europe Map"), {}, {}}, {QStringLiteral("World Map"), {}, {}}};
-    parseConfig(decodeTextFile(encodeTextFile(lines.join(QStringLiteral("\r\n")) + QStringLiteral("\r\n"))), back);
+    const QString text = lines.join(QStringLiteral("\r\n")) + QStringLiteral("\r\n");
+    parseConfig(decodeTextFile(encodeTextFile(text)), back);
     if (configLines(back) != lines)
         std::abort();
     return 0;

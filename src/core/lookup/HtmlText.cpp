@@ -60,6 +60,14 @@ bool isSpaceByte(char c)
     return c == ' ' || c == '\t' || c == '\n' || c == '\f' || c == '\r';
 }
 
+/// Compares ASCII case-insensitively with a lower-case name.
+bool equalsLower(std::string_view text, std::string_view lower)
+{
+    return text.size() == lower.size()
+        && std::equal(text.begin(), text.end(), lower.begin(),
+                      [](char a, char b) { return (a >= 'A' && a <= 'Z' ? char(a | 0x20) : a) == b; });
+}
+
 /// The attributes of one tag in a byte prescan, lower-cased names.
 struct MetaAttributes
 {
@@ -180,7 +188,7 @@ QByteArray settleLabel(const QByteArray &label, bool fromMeta)
 }
 
 // ---------------------------------------------------------------------------
-// Rendered text
+// Parsing and rendered text
 
 /// A bump allocator for gumbo: the whole tree is released at once, so no
 /// node is ever freed one by one. gumbo frees its trees recursively, which a
@@ -229,6 +237,135 @@ private:
     std::size_t m_left = 0;
 };
 
+// ---------------------------------------------------------------------------
+// Nesting guard
+
+/// Deeper than this, start tags are left out before parsing, as browsers
+/// stop nesting at a fixed depth too. gumbo walks its whole stack of open
+/// elements for many tags, so a page of a hundred thousand unclosed tags
+/// would take minutes; no callbook page comes near this depth.
+constexpr std::size_t kMaxNesting = 512;
+
+bool isAsciiLetter(char c)
+{
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+
+bool nameIn(std::string_view name, std::initializer_list<std::string_view> names)
+{
+    return std::any_of(names.begin(), names.end(), [&](std::string_view n) { return equalsLower(name, n); });
+}
+
+/// Tags that never hold others open: void elements, and those the parser
+/// closes by itself when a sibling starts.
+bool opensNothing(std::string_view name)
+{
+    return nameIn(name, {"area", "base", "br", "col", "embed", "hr", "img", "input", "link", "meta", "param",
+                         "source", "track", "wbr", "keygen", "p", "li", "dt", "dd", "option", "optgroup", "tr",
+                         "td", "th", "tbody", "thead", "tfoot", "colgroup", "rb", "rt", "rtc", "rp", "html",
+                         "head", "body", "frame", "image"});
+}
+
+/// Elements whose content is text up to their own end tag.
+bool isRawText(std::string_view name)
+{
+    return nameIn(name, {"script", "style", "textarea", "title", "xmp", "iframe", "noembed", "noframes"});
+}
+
+/// Walks the tags of a page as a rough tokenizer would and, when `out` is
+/// given, copies the page leaving out the start tags that would open more
+/// than kMaxNesting elements, with their end tags. Returns the deepest
+/// nesting seen.
+std::size_t scanNesting(std::string_view page, std::string *out)
+{
+    std::vector<bool> open; // per open tag: left out?
+    std::size_t deepest = 0;
+    std::size_t i = 0;
+    const std::size_t n = page.size();
+    std::size_t copied = 0; // page[copied, i) is still to be copied
+    auto skip = [&](std::size_t from, std::size_t to) {
+        if (out) {
+            out->append(page.substr(copied, from - copied));
+            copied = to;
+        }
+    };
+    while (i < n) {
+        const std::size_t lt = page.find('<', i);
+        if (lt == std::string_view::npos || lt + 1 >= n)
+            break;
+        i = lt + 1;
+        if (page.compare(i, 3, "!--") == 0) {
+            const std::size_t end = page.find("-->", i + 3);
+            i = end == std::string_view::npos ? n : end + 3;
+            continue;
+        }
+        const bool endTag = page[i] == '/';
+        if (endTag)
+            ++i;
+        if (i >= n || !isAsciiLetter(page[i])) {
+            if (i < n && (page[i] == '!' || page[i] == '?')) {
+                const std::size_t end = page.find('>', i);
+                i = end == std::string_view::npos ? n : end + 1;
+            }
+            continue;
+        }
+        const std::size_t nameStart = i;
+        while (i < n && !isSpaceByte(page[i]) && page[i] != '/' && page[i] != '>')
+            ++i;
+        const std::string_view name = page.substr(nameStart, i - nameStart);
+        // The rest of the tag; a quoted attribute value may hold '>'.
+        char quote = 0;
+        char previous = 0;
+        while (i < n && (quote || page[i] != '>')) {
+            const char c = page[i];
+            if (quote) {
+                if (c == quote)
+                    quote = 0;
+            } else if ((c == '"' || c == '\'') && previous == '=') {
+                quote = c;
+            }
+            if (!isSpaceByte(c))
+                previous = c;
+            ++i;
+        }
+        const bool selfClosing = previous == '/';
+        const std::size_t tagEnd = std::min(i + 1, n);
+        i = tagEnd;
+        if (endTag) {
+            if (!opensNothing(name) && !open.empty()) {
+                if (open.back())
+                    skip(lt, tagEnd);
+                open.pop_back();
+            }
+            continue;
+        }
+        if (equalsLower(name, "plaintext"))
+            break;
+        if (isRawText(name)) {
+            // Find the element's own end tag, whatever the case.
+            std::size_t at = i;
+            for (;;) {
+                at = page.find("</", at);
+                if (at == std::string_view::npos || equalsLower(page.substr(at + 2, name.size()), name))
+                    break;
+                at += 2;
+            }
+            i = at == std::string_view::npos ? n : at;
+            continue;
+        }
+        if (opensNothing(name) || selfClosing)
+            continue;
+        const bool leftOut = open.size() >= kMaxNesting;
+        if (leftOut)
+            skip(lt, tagEnd);
+        open.push_back(leftOut);
+        deepest = std::max(deepest, open.size());
+    }
+    if (out)
+        out->append(page.substr(std::min(copied, n)));
+    return deepest;
+}
+
 enum class Display { None, Inline, Block, ListItem, Table, Caption, RowGroup, Row, Cell };
 
 bool isBlockLevel(Display d)
@@ -250,13 +387,6 @@ std::string_view unknownTagName(const GumboElement &element)
     while (end < raw.size() && !isSpaceByte(raw[end]) && raw[end] != '/' && raw[end] != '>')
         ++end;
     return raw.substr(0, end);
-}
-
-bool equalsLower(std::string_view text, std::string_view lower)
-{
-    return text.size() == lower.size()
-        && std::equal(text.begin(), text.end(), lower.begin(),
-                      [](char a, char b) { return (a >= 'A' && a <= 'Z' ? char(a | 0x20) : a) == b; });
 }
 
 std::string_view trimmedView(std::string_view s)
@@ -801,7 +931,14 @@ QString htmlDecode(QStringView html)
 {
     if (html.isEmpty())
         return {};
-    const QByteArray utf8 = html.toUtf8();
+    QByteArray utf8 = html.toUtf8();
+    const std::string_view page(utf8.constData(), std::size_t(utf8.size()));
+    if (scanNesting(page, nullptr) > kMaxNesting) {
+        std::string flatter;
+        flatter.reserve(page.size());
+        scanNesting(page, &flatter);
+        utf8 = QByteArray(flatter.data(), qsizetype(flatter.size()));
+    }
     Arena arena;
     GumboOptions options = kGumboDefaultOptions;
     options.allocator = &Arena::gumboAllocate;

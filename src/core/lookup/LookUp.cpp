@@ -167,7 +167,7 @@ void LookUp::onFinished(const QString &name, const QByteArray &bytes, const QByt
         }
     } catch (const ReaderError &error) {
         // The completion handler swallows reader failures: no event, no message.
-        qCInfo(lcLookup) << "reading" << name << "failed:" << error.what();
+        qCDebug(lcLookup) << "reading" << name << "failed:" << error.what();
     }
 }
 

@@ -50,7 +50,7 @@ LookupResult readLookupResult(LookUp &lookUp, const QString &callSign, bool with
         else if (lookUp.lastNameEvent() == ReaderEvent::CallNotFound)
             r.outcome = LookupOutcome::CallNotFound;
         r.error = QString::fromUtf8(error.what());
-        qCInfo(lcLookup) << "reading the page of" << callSign << "failed:" << error.what();
+        qCDebug(lcLookup) << "reading the page of" << callSign << "failed:" << error.what();
         return r;
     }
     // The locator is trimmed before its length is judged: the pages put a

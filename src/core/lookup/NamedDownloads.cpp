@@ -120,7 +120,7 @@ void NamedDownloads::onFinished(QNetworkReply *reply, const QString &name)
     forget(name);
     const QVariant abortReason = reply->property(kAbortReason);
     if (!abortReason.isNull()) {
-        qCInfo(lcLookup) << "download" << name << "failed:" << abortReason.toString();
+        qCDebug(lcLookup) << "download" << name << "failed:" << abortReason.toString();
         emit failed(name, abortReason.toString());
         return;
     }
@@ -128,7 +128,7 @@ void NamedDownloads::onFinished(QNetworkReply *reply, const QString &name)
         const QString reason = reply->error() == QNetworkReply::OperationCanceledError
             ? QStringLiteral("no answer within %1 s").arg(m_transferTimeout / 1000.0)
             : httpError(reply);
-        qCInfo(lcLookup) << "download" << name << "failed:" << reason;
+        qCDebug(lcLookup) << "download" << name << "failed:" << reason;
         emit failed(name, reason);
         return;
     }

@@ -86,7 +86,7 @@ StoredPicture storePicture(const app::DataFolder &folder, const QString &callSig
     }
     const QImage thumbnail = makeThumbnail(bytes, &result.pictureSize, &result.error);
     if (thumbnail.isNull()) {
-        qCInfo(lcLookup) << "the picture of" << callSign << "cannot be read:" << result.error;
+        qCDebug(lcLookup) << "the picture of" << callSign << "cannot be read:" << result.error;
         result.status = PictureStatus::NotAPicture;
         return result;
     }

@@ -1,0 +1,136 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Page text: charset decoding and the browser's innerText rendering the
+// readers count on.
+#include "lookup/HtmlText.h"
+
+#include <QElapsedTimer>
+#include <QStringDecoder>
+#include <QTest>
+
+using namespace marvik::lookup;
+
+class TestHtmlText : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void innerText_data();
+    void innerText();
+    void charset_data();
+    void charset();
+    void deepNestingIsFlatAndQuick();
+};
+
+void TestHtmlText::innerText_data()
+{
+    QTest::addColumn<QString>("html");
+    QTest::addColumn<QString>("text");
+
+    // Expected texts follow the rendered-text rules: block boxes ask for one
+    // line break, <p> for two, runs of asked-for breaks merge to the largest,
+    // none at either end; cells end in a tab and rows in a line break except
+    // the last of each; white space collapses to one blank and vanishes at
+    // line ends.
+    QTest::newRow("paragraphs") << u"<p>one</p><p>two</p>"_qs << u"one\r\n\r\ntwo"_qs;
+    QTest::newRow("divs") << u"<div>one</div><div>two</div>"_qs << u"one\r\ntwo"_qs;
+    QTest::newRow("paragraph in a div") << u"<div><p>one</p></div>two"_qs << u"one\r\n\r\ntwo"_qs;
+    QTest::newRow("table") << u"<table><tr><td>a</td><td>b</td></tr><tr><td>c</td><td>d</td></tr></table>"_qs
+                           << u"a\tb\r\nc\td"_qs;
+    QTest::newRow("row groups share the table's last row")
+        << u"<table><thead><tr><th>h1</th><th>h2</th></tr></thead><tbody><tr><td>a</td><td>b</td></tr></tbody></table>after"_qs
+        << u"h1\th2\r\na\tb\r\nafter"_qs;
+    QTest::newRow("cell white space") << u"<table><tr><td>  a  b  </td><td>\n c \n</td></tr></table>"_qs
+                                      << u"a b\tc"_qs;
+    QTest::newRow("hidden last cell gives no tab") << u"<table><tr><td>a</td><td hidden>b</td></tr></table>"_qs
+                                                   << u"a"_qs;
+    QTest::newRow("nested table")
+        << u"<table><tr><td>x<table><tr><td>i</td><td>j</td></tr></table></td><td>y</td></tr></table>"_qs
+        << u"x\r\ni\tj\r\n\ty"_qs;
+    QTest::newRow("br") << u"a<br>b"_qs << u"a\r\nb"_qs;
+    QTest::newRow("blanks around br") << u"a <br> b"_qs << u"a\r\nb"_qs;
+    QTest::newRow("leading br is kept") << u"<br><br>a"_qs << u"\r\n\r\na"_qs;
+    QTest::newRow("trailing br is kept") << u"a<br>"_qs << u"a\r\n"_qs;
+    QTest::newRow("collapsed blanks") << u"  one \n\t two  "_qs << u"one two"_qs;
+    QTest::newRow("blank across inline elements") << u"<b>a</b> <i> b</i>"_qs << u"a b"_qs;
+    QTest::newRow("source line break is a blank") << u"a\r\nb"_qs << u"a b"_qs;
+    QTest::newRow("entities") << u"&amp; &lt;tag&gt; &quot;q&quot; &eacute; &#8364; &#x41;"_qs
+                              << u"& <tag> \"q\" \u00e9 \u20ac A"_qs;
+    QTest::newRow("no-break spaces stay") << u"a&nbsp;&nbsp;b&nbsp;"_qs << u"a\u00a0\u00a0b\u00a0"_qs;
+    QTest::newRow("scripts, styles, templates")
+        << u"<script>var x = 1;</script>a<style>p{}</style><noscript>no</noscript><template>t</template>b"_qs
+        << u"ab"_qs;
+    QTest::newRow("hidden elements")
+        << u"<div hidden>h</div><span style=\"color:red; DISPLAY : none !important\">s</span><input type=\"hidden\" value=\"v\">shown"_qs
+        << u"shown"_qs;
+    QTest::newRow("style makes a block") << u"<span style=\"display:block\">a</span>b"_qs << u"a\r\nb"_qs;
+    QTest::newRow("head is not rendered") << u"<html><head><title>T</title></head><body>x</body></html>"_qs << u"x"_qs;
+    QTest::newRow("pre keeps its blanks") << u"<pre>  a\n  b\n</pre>c"_qs << u"  a\r\n  b\r\n\r\nc"_qs;
+    QTest::newRow("list") << u"<ul><li>a</li><li>b</li></ul>c"_qs << u"a\r\nb\r\nc"_qs;
+    QTest::newRow("heading and rule") << u"<h1>T</h1>x<hr>y"_qs << u"T\r\nx\r\ny"_qs;
+    QTest::newRow("select shows its options") << u"<select><option>one</option><option>two</option></select>"_qs
+                                              << u"one\r\ntwo"_qs;
+    QTest::newRow("closed details") << u"<details><summary>S</summary>hidden</details>x"_qs << u"S\r\nx"_qs;
+    QTest::newRow("comment and image") << u"a<!-- c --><img alt=\"x\">b"_qs << u"ab"_qs;
+    QTest::newRow("misnested tags") << u"<div><b>bold<i>both</div>after"_qs << u"boldboth\r\nafter"_qs;
+    QTest::newRow("lone angle bracket") << u"a < b"_qs << u"a < b"_qs;
+    QTest::newRow("page cut off inside a tag") << u"a<p"_qs << u"a"_qs;
+    QTest::newRow("stray cell tags") << u"</td></tr></table>x<td>y"_qs << u"xy"_qs;
+    QTest::newRow("empty") << QString() << QString();
+}
+
+void TestHtmlText::innerText()
+{
+    QFETCH(QString, html);
+    QFETCH(QString, text);
+    QCOMPARE(htmlDecode(html), text);
+}
+
+void TestHtmlText::charset_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QByteArray>("contentType");
+    QTest::addColumn<QString>("text");
+
+    QTest::newRow("undeclared is windows-1252") << QByteArray("caf\xe9 \x80") << QByteArray() << u"caf\u00e9 \u20ac"_qs;
+    QTest::newRow("iso-8859-1 is read as windows-1252")
+        << QByteArray("\x80\x93") << QByteArray("text/html; charset=ISO-8859-1") << u"\u20ac\u201c"_qs;
+    QTest::newRow("header utf-8") << QByteArray("caf\xc3\xa9") << QByteArray("text/html;charset=\"utf-8\"")
+                                  << u"caf\u00e9"_qs;
+    QTest::newRow("meta charset") << QByteArray("<meta charset=\"UTF-8\">caf\xc3\xa9") << QByteArray()
+                                  << u"<meta charset=\"UTF-8\">caf\u00e9"_qs;
+    QTest::newRow("meta http-equiv")
+        << QByteArray("<META HTTP-EQUIV=Content-Type CONTENT='text/html; charset=utf-8'>\xc3\xa9") << QByteArray()
+        << u"<META HTTP-EQUIV=Content-Type CONTENT='text/html; charset=utf-8'>\u00e9"_qs;
+    QTest::newRow("header wins over meta") << QByteArray("<meta charset=utf-8>\xc3\xa9")
+                                           << QByteArray("text/html; charset=windows-1252")
+                                           << u"<meta charset=utf-8>\u00c3\u00a9"_qs;
+    QTest::newRow("byte-order mark wins") << QByteArray("\xef\xbb\xbf\xc3\xa9") << QByteArray("text/html; charset=iso-8859-1")
+                                          << u"\u00e9"_qs;
+    QTest::newRow("meta in a comment does not count") << QByteArray("<!-- <meta charset=utf-8> -->\xe9")
+                                                      << QByteArray() << u"<!-- <meta charset=utf-8> -->\u00e9"_qs;
+    QTest::newRow("unknown charset") << QByteArray("\xe9") << QByteArray("text/html; charset=x-no-such") << u"\u00e9"_qs;
+    QTest::newRow("a page cannot declare itself utf-16") << QByteArray("<meta charset=utf-16>\xc3\xa9") << QByteArray()
+                                                         << u"<meta charset=utf-16>\u00e9"_qs;
+}
+
+void TestHtmlText::charset()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(QByteArray, contentType);
+    QFETCH(QString, text);
+    QCOMPARE(decodePage(bytes, contentType), text);
+}
+
+void TestHtmlText::deepNestingIsFlatAndQuick()
+{
+    // Hostile pages nest tags far deeper than any real one; gumbo frees its
+    // trees recursively, and so would a naive walk.
+    const QString html = u"<div>"_qs.repeated(100000) + u"deep"_qs + u"<span>"_qs.repeated(100000) + u"er"_qs;
+    QElapsedTimer timer;
+    timer.start();
+    QCOMPARE(htmlDecode(html), u"deeper"_qs);
+    QVERIFY2(timer.elapsed() < 20000, qPrintable(QString::number(timer.elapsed())));
+}
+
+QTEST_GUILESS_MAIN(TestHtmlText)
+#include "tst_htmltext.moc"

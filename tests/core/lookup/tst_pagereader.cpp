@@ -1,0 +1,431 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The page readers of the five callbooks, their text primitives, and what
+// the main window makes of a lookup result.
+#include "lists/CallRecord.h"
+#include "lookup/HtmlText.h"
+#include "lookup/LookUp.h"
+#include "lookup/LookupResult.h"
+#include "lookup/PageReader.h"
+#include "lookup/PictureFiles.h"
+
+#include <QDateTime>
+#include <QFile>
+#include <QNetworkAccessManager>
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace marvik::lookup;
+using marvik::lists::CallRecord;
+namespace lists = marvik::lists;
+
+namespace {
+
+QString pageText(const QString &file)
+{
+    QFile f(QStringLiteral(MARVIK_TEST_DATA "/lookup/") + file);
+    if (!f.open(QIODevice::ReadOnly))
+        return {};
+    return htmlDecode(decodePage(f.readAll()));
+}
+
+} // namespace
+
+class TestPageReader : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void cut_data();
+    void cut();
+    void searches();
+    void fixtures_data();
+    void fixtures();
+    void nameRules_data();
+    void nameRules();
+    void coordinates_data();
+    void coordinates();
+    void loginKeepsTheOldCursor();
+    void missingEndMarkIsAReaderError();
+    void unknownSourceReadsNothing();
+    void cleanCallsign_data();
+    void cleanCallsign();
+    void pictureAddress_data();
+    void pictureAddress();
+    void thumbnailSize_data();
+    void thumbnailSize();
+    void writeResult();
+    void positionFromLocator();
+
+private:
+    QNetworkAccessManager m_network; // never used: nothing is requested here
+};
+
+void TestPageReader::cut_data()
+{
+    QTest::addColumn<int>("start");
+    QTest::addColumn<int>("length");
+    QTest::addColumn<QString>("result");
+    QTest::addColumn<bool>("error");
+    QTest::newRow("middle") << 2 << 3 << u"bcd"_qs << false;
+    QTest::newRow("runs past the end") << 4 << 10 << u"def"_qs << false;
+    QTest::newRow("starts past the end") << 9 << 2 << QString() << false;
+    QTest::newRow("zero length") << 3 << 0 << QString() << false;
+    QTest::newRow("negative length") << 3 << -1 << QString() << true;
+    QTest::newRow("start 0") << 0 << 2 << QString() << true;
+}
+
+void TestPageReader::cut()
+{
+    QFETCH(int, start);
+    QFETCH(int, length);
+    QFETCH(QString, result);
+    QFETCH(bool, error);
+    if (error)
+        QVERIFY_THROWS_EXCEPTION(ReaderError, pagetext::cut(u"abcdef", start, length));
+    else
+        QCOMPARE(pagetext::cut(u"abcdef", start, length), result);
+}
+
+void TestPageReader::searches()
+{
+    using namespace pagetext;
+    const QString text = u"ab\r\ncd\r\nef"_qs;
+    QCOMPARE(find(text, kCrLf, 1), 3);
+    QCOMPARE(find(text, kCrLf, 4), 7);
+    QCOMPARE(find(text, kCrLf, 8), 0);
+    QCOMPARE(find(text, u"CD", 1), 0); // case-sensitive
+    QCOMPARE(find(text, u"", 5), 5);
+    QCOMPARE(find(text, u"x", 99), 0);
+    QVERIFY_THROWS_EXCEPTION(ReaderError, find(text, u"a", 0));
+    // Backwards: the match must lie within the first `upTo` characters.
+    QCOMPARE(findBack(text, kCrLf, 6), 3);
+    QCOMPARE(findBack(text, kCrLf, 8), 7);
+    QCOMPARE(findBack(text, kCrLf, 7), 3);
+    QCOMPARE(findBack(text, kCrLf, 99), 0);
+    QVERIFY_THROWS_EXCEPTION(ReaderError, findBack(text, kCrLf, 0));
+    QCOMPARE(trimBlanks(u"  a b\t "), u"a b\t"_qs);
+}
+
+void TestPageReader::fixtures_data()
+{
+    QTest::addColumn<int>("source");
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<QString>("call");
+    QTest::addColumn<LookupOutcome>("outcome");
+    QTest::addColumn<QStringList>("fields"); // name, add1, add2, country, locator, class, born, web page
+    QTest::addColumn<double>("latitude");
+    QTest::addColumn<double>("longitude");
+
+    const double lat = 41.714775;
+    const double lon = -72.72726;
+    QTest::newRow("eHam found") << int(EHam) << u"eham_found.html"_qs << u"W1AW"_qs << LookupOutcome::Found
+                                << QStringList{u"Hiram Percy Maxim Memorial"_qs, u"225 Main Street"_qs,
+                                               u"Newington, CT 06111"_qs, u"United States"_qs, {}, u"\tClub"_qs, {}, {}}
+                                << lat << lon;
+    QTest::newRow("eHam not found") << int(EHam) << u"eham_notfound.html"_qs << u"W9XYZ"_qs
+                                    << LookupOutcome::CallNotFound << QStringList(8) << 0.0 << 0.0;
+    QTest::newRow("QRZ found") << int(Qrz) << u"qrz_found.html"_qs << u"W1AW"_qs << LookupOutcome::Found
+                               << QStringList{u"ARRL HQ Operators Club"_qs, u"225 Main St"_qs, u"Newington, CT 06111"_qs,
+                                              u"USA"_qs, u"\tFN31pr"_qs, u"\tC"_qs, u"\t1914"_qs,
+                                              u"\thttp://www.arrl.org/w1aw"_qs}
+                               << lat << lon;
+    QTest::newRow("QRZ login") << int(Qrz) << u"qrz_login.html"_qs << u"W1AW"_qs << LookupOutcome::LoginRequired
+                               << QStringList(8) << 0.0 << 0.0;
+    QTest::newRow("QRZ not found") << int(Qrz) << u"qrz_notfound.html"_qs << u"W9XYZ"_qs
+                                   << LookupOutcome::CallNotFound << QStringList(8) << 0.0 << 0.0;
+    QTest::newRow("QRZCQ found") << int(QrzCq) << u"qrzcq_found.html"_qs << u"W1AW"_qs << LookupOutcome::Found
+                                 << QStringList{u"Hiram Percy Maxim Memorial Station"_qs, u"225 Main St"_qs,
+                                                u"Newington, CT 06111"_qs, u"United States"_qs, {}, u"Club"_qs, {}, {}}
+                                 << lat << lon;
+    QTest::newRow("QRZCQ not found") << int(QrzCq) << u"qrzcq_notfound.html"_qs << u"W9XYZ"_qs
+                                     << LookupOutcome::CallNotFound << QStringList(8) << 0.0 << 0.0;
+    // Callook's country is a constant and its locator runs into the line break.
+    QTest::newRow("Callook found") << int(Callook) << u"callook_found.html"_qs << u"W1AW"_qs << LookupOutcome::Found
+                                   << QStringList{u"ARRL HQ OPERATORS CLUB"_qs, u"225 MAIN ST"_qs,
+                                                  u"NEWINGTON, CT 06111"_qs, u"U.S.A."_qs, u"FN31pr\r\n"_qs,
+                                                  u"CLUB"_qs, {}, {}}
+                                   << lat << lon;
+    QTest::newRow("Callook not found") << int(Callook) << u"callook_notfound.html"_qs << u"W9XYZ"_qs
+                                       << LookupOutcome::CallNotFound << QStringList(8) << 0.0 << 0.0;
+    // HamCall's second address line loses its last three characters.
+    QTest::newRow("HamCall found") << int(HamCall) << u"hamcall_found.html"_qs << u"W1AW"_qs << LookupOutcome::Found
+                                   << QStringList{u"ARRL HQ Operators Club"_qs, u"225 Main St"_qs,
+                                                  u"Newington, CT 06111 "_qs, u"UNITED STATES"_qs, {}, u"Club"_qs,
+                                                  u"1914-05-04"_qs, {}}
+                                   << lat << lon;
+    QTest::newRow("HamCall not found") << int(HamCall) << u"hamcall_notfound.html"_qs << u"W9XYZ"_qs
+                                       << LookupOutcome::CallNotFound << QStringList(8) << 0.0 << 0.0;
+}
+
+void TestPageReader::fixtures()
+{
+    QFETCH(int, source);
+    QFETCH(QString, file);
+    QFETCH(QString, call);
+    QFETCH(LookupOutcome, outcome);
+    QFETCH(QStringList, fields);
+    QFETCH(double, latitude);
+    QFETCH(double, longitude);
+
+    LookUp lookUp(&m_network, SourceSettings(), u"K1ABC"_qs);
+    lookUp.setDataBase(source);
+    lookUp.setHtml(pageText(file));
+    QVERIFY(!lookUp.html().isEmpty());
+    QSignalSpy notFound(&lookUp, &LookUp::CallNotFound);
+    QSignalSpy login(&lookUp, &LookUp::LoginRequired);
+
+    const LookupResult r = readPage(lookUp, call, true);
+    QCOMPARE(r.outcome, outcome);
+    QCOMPARE(notFound.size(), outcome == LookupOutcome::CallNotFound ? 1 : 0);
+    QCOMPARE(login.size(), outcome == LookupOutcome::LoginRequired ? 1 : 0);
+    const QStringList got{r.name, r.address1, r.address2, r.country, r.locator, r.licenceClass, r.dateOfBirth, r.webPage};
+    QCOMPARE(got, fields);
+    QCOMPARE(r.latitude, latitude);
+    QCOMPARE(r.longitude, longitude);
+    QCOMPARE(r.previousCall, QString());
+    QVERIFY(!r.positionFromLocator);
+}
+
+void TestPageReader::nameRules_data()
+{
+    QTest::addColumn<int>("source");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<ReaderEvent>("event");
+
+    const QString crlf = u"\r\n"_qs;
+    QTest::newRow("eHam without Search Results")
+        << int(EHam) << u"Country\r\nW1AW\r\nName\r\n"_qs << QString() << ReaderEvent::CallNotFound;
+    QTest::newRow("eHam empty name line") << int(EHam) << u"Country\r\nSearch Results\r\nW1AW\r\n   \r\nx"_qs
+                                          << QString() << ReaderEvent::CallNotFound;
+    QTest::newRow("QRZ no results wins over login")
+        << int(Qrz) << u"Search QRZ\r\nW1AW produced no results\r\nLogin is required\r\n"_qs << QString()
+        << ReaderEvent::CallNotFound;
+    QTest::newRow("QRZ without Search QRZ") << int(Qrz) << u"W1AW\r\nName, x\r\n"_qs << QString()
+                                            << ReaderEvent::CallNotFound;
+    QTest::newRow("QRZ name is untrimmed") << int(Qrz) << u"Search QRZ\r\n  Ann Smith , x\r\n"_qs
+                                           << u"  Ann Smith "_qs << ReaderEvent::None;
+    QTest::newRow("QRZ comma at a line start") << int(Qrz) << u"Search QRZ\r\n, x\r\n"_qs << QString()
+                                               << ReaderEvent::CallNotFound;
+    // The QRZCQ loop tries ten lines after the domain's line.
+    QTest::newRow("QRZCQ nine empty lines") << int(QrzCq) << u"QRZCQ.com"_qs + crlf.repeated(10) + u"Ann\r\nx"_qs
+                                            << u"Ann"_qs << ReaderEvent::None;
+    QTest::newRow("QRZCQ ten empty lines") << int(QrzCq) << u"QRZCQ.com"_qs + crlf.repeated(11) + u"Ann\r\nx"_qs
+                                           << QString() << ReaderEvent::None;
+    QTest::newRow("QRZCQ eleven empty lines") << int(QrzCq) << u"QRZCQ.com"_qs + crlf.repeated(12) + u"Ann\r\nx"_qs
+                                              << QString() << ReaderEvent::None;
+    QTest::newRow("QRZCQ Error anywhere") << int(QrzCq) << u"QRZCQ.com\r\nAnn\r\nErrors: none\r\n"_qs << QString()
+                                          << ReaderEvent::CallNotFound;
+    QTest::newRow("Callook without Show Map, fresh cursor") << int(Callook) << u"W1AW\r\nAnn\r\n"_qs << QString()
+                                                            << ReaderEvent::CallNotFound;
+    QTest::newRow("HamCall name after two characters")
+        << int(HamCall) << u"callsign database!\r\n12  Ann Smith, W1AW\r\n"_qs << u"Ann Smith"_qs << ReaderEvent::None;
+}
+
+void TestPageReader::nameRules()
+{
+    QFETCH(int, source);
+    QFETCH(QString, text);
+    QFETCH(QString, name);
+    QFETCH(ReaderEvent, event);
+    PageReader reader;
+    reader.setDataBase(source);
+    reader.setText(text);
+    ReaderEvent got = ReaderEvent::None;
+    QCOMPARE(reader.name(u"W1AW"_qs, got), name);
+    QCOMPARE(got, event);
+}
+
+void TestPageReader::coordinates_data()
+{
+    QTest::addColumn<int>("source");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<double>("latitude");
+    QTest::addColumn<double>("longitude");
+    QTest::newRow("HamCall south and west") << int(HamCall) << u"Latitude: 41.7 S, Longitude: 72.5 W, x"_qs << -41.7
+                                            << -72.5;
+    QTest::newRow("HamCall north and east") << int(HamCall) << u"Latitude: 41.7 N, Longitude: 72.5 E, x"_qs << 41.7
+                                            << 72.5;
+    QTest::newRow("QRZ signed, no separator") << int(Qrz) << u"Latitude-33.9 x Longitude151.2 y"_qs << -33.9 << 151.2;
+    // eHam skips the character after the marker: the page's colon.
+    QTest::newRow("eHam colon") << int(EHam) << u"Latitude:-33.9\r\nLongitude: 151.2\r\n"_qs << -33.9 << 151.2;
+    QTest::newRow("eHam without separator loses a digit") << int(EHam) << u"Latitude41.5\r\nLongitude72.5\r\n"_qs << 1.5
+                                                      << 2.5;
+    QTest::newRow("no marker") << int(QrzCq) << u"Lat 41.7 "_qs << 0.0 << 0.0;
+}
+
+void TestPageReader::coordinates()
+{
+    QFETCH(int, source);
+    QFETCH(QString, text);
+    QFETCH(double, latitude);
+    QFETCH(double, longitude);
+    PageReader reader;
+    reader.setDataBase(source);
+    reader.setText(text);
+    QCOMPARE(reader.latitude(), latitude);
+    QCOMPARE(reader.longitude(), longitude);
+}
+
+void TestPageReader::loginKeepsTheOldCursor()
+{
+    // A page that asks for a log-in leaves the cursor where the last page's
+    // name put it; the address readers go on from there in the new text.
+    PageReader reader;
+    reader.setDataBase(Qrz);
+    reader.setText(u"Search QRZ\r\nAnnabelle Smith-Jones, x\r\nOne\r\n"_qs);
+    ReaderEvent event = ReaderEvent::None;
+    QCOMPARE(reader.name(u"W1AW"_qs, event), u"Annabelle Smith-Jones"_qs);
+    QCOMPARE(reader.cursor(), 34);
+    reader.setText(u"Login is required for W1AW\r\nL2\r\nL3\r\nL4\r\n"_qs);
+    QCOMPARE(reader.name(u"W1AW"_qs, event), QString());
+    QCOMPARE(event, ReaderEvent::LoginRequired);
+    QCOMPARE(reader.cursor(), 34);
+    QCOMPARE(reader.address1(), u"L4"_qs);
+}
+
+void TestPageReader::missingEndMarkIsAReaderError()
+{
+    PageReader reader;
+    reader.setDataBase(EHam);
+    reader.setText(u"x\r\nLatitude: 41.7"_qs);
+    QVERIFY_THROWS_EXCEPTION(ReaderError, reader.latitude());
+
+    // Through the lookup: the QRZ page whose last row is the web page.
+    LookUp lookUp(&m_network, SourceSettings(), QString());
+    lookUp.setDataBase(Qrz);
+    lookUp.setHtml(pageText(u"qrz_found.html"_qs).section(u"\r\nPage served"_qs, 0, 0));
+    const LookupResult r = readPage(lookUp, u"W1AW"_qs, true);
+    QCOMPARE(r.outcome, LookupOutcome::ReaderError);
+    QCOMPARE(r.name, u"ARRL HQ Operators Club"_qs);
+    QVERIFY(!r.error.isEmpty());
+}
+
+void TestPageReader::unknownSourceReadsNothing()
+{
+    LookUp lookUp(&m_network, SourceSettings(), QString());
+    lookUp.setDataBase(6); // "QRZ CD"
+    lookUp.setHtml(pageText(u"qrz_found.html"_qs));
+    QSignalSpy notFound(&lookUp, &LookUp::CallNotFound);
+    const LookupResult r = readPage(lookUp, u"W1AW"_qs, true);
+    QCOMPARE(r.outcome, LookupOutcome::Found);
+    QCOMPARE(r.name + r.address1 + r.address2 + r.country + r.locator + r.licenceClass + r.webPage, QString());
+    QCOMPARE(r.latitude, 0.0);
+    QCOMPARE(notFound.size(), 0);
+}
+
+void TestPageReader::cleanCallsign_data()
+{
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<QString>("call");
+    QTest::newRow("lower case") << u"w1aw"_qs << u"W1AW"_qs;
+    QTest::newRow("DE prefix") << u"de w1aw"_qs << u"W1AW"_qs;
+    QTest::newRow("SSID") << u"W1AW-5"_qs << u"W1AW"_qs;
+    QTest::newRow("portable after a blank") << u"W1AW /P"_qs << u"W1AW"_qs;
+    QTest::newRow("slash stays") << u"VE3/W1AW"_qs << u"VE3/W1AW"_qs;
+    QTest::newRow("slashed zero") << u"W\u00d8AW"_qs << u"W0AW"_qs;
+    // Replaced before upper-casing, so a lower-case slashed zero survives.
+    QTest::newRow("lower-case slashed zero") << u"w\u00f8aw"_qs << u"W\u00d8AW"_qs;
+    QTest::newRow("leading blank") << u" W1AW"_qs << QString();
+}
+
+void TestPageReader::cleanCallsign()
+{
+    QFETCH(QString, typed);
+    QFETCH(QString, call);
+    QCOMPARE(marvik::lookup::cleanCallsign(typed), call);
+}
+
+void TestPageReader::pictureAddress_data()
+{
+    QTest::addColumn<QString>("call");
+    QTest::addColumn<QString>("address");
+    QTest::newRow("W1AW") << u"W1AW"_qs << u"https://files.qrz.com/w/w1aw/w1aw.jpg"_qs;
+    QTest::newRow("slashed zero last") << u"W1A\u00d8"_qs << u"https://files.qrz.com/\u00f8/w1a0/w1a0.jpg"_qs;
+    QTest::newRow("slashed zero inside") << u"W\u00d8AW"_qs << u"https://files.qrz.com/w/w0aw/w0aw.jpg"_qs;
+}
+
+void TestPageReader::pictureAddress()
+{
+    QFETCH(QString, call);
+    QFETCH(QString, address);
+    QCOMPARE(marvik::lookup::pictureAddress(u"https://files.qrz.com/"_qs, call), address);
+}
+
+void TestPageReader::thumbnailSize_data()
+{
+    QTest::addColumn<QSize>("picture");
+    QTest::addColumn<QSize>("thumbnail");
+    QTest::newRow("200x100") << QSize(200, 100) << QSize(32, 16);
+    QTest::newRow("640x480") << QSize(640, 480) << QSize(21, 16);
+    QTest::newRow("portrait") << QSize(100, 200) << QSize(8, 16);
+    QTest::newRow("very tall") << QSize(1, 1000) << QSize(1, 16);
+    QTest::newRow("very wide") << QSize(100000, 1) << QSize(kThumbnailMaxWidth, 16);
+    QTest::newRow("empty") << QSize(0, 10) << QSize();
+}
+
+void TestPageReader::thumbnailSize()
+{
+    QFETCH(QSize, picture);
+    QFETCH(QSize, thumbnail);
+    QCOMPARE(marvik::lookup::thumbnailSize(picture), thumbnail);
+}
+
+void TestPageReader::writeResult()
+{
+    LookupResult r;
+    r.name = u"\u00a0Hiram Percy Maxim \u00a0"_qs;
+    r.address1 = u"\t225 Main St"_qs;
+    r.address2 = u"Newington, CT 06111 "_qs;
+    r.country = u"UNITED STATES\u00a0"_qs;
+    r.latitude = 41.714775;
+    r.longitude = -72.7;
+    const QDateTime now(QDate(2024, 3, 9), QTime(7, 5, 3));
+    const marvik::maps::Position me{51.5, -0.12};
+
+    CallRecord fresh;
+    writeLookupResult(fresh, false, u"W1AW"_qs, r, me, now);
+    QCOMPARE(fresh[lists::Callsign], u"W1AW"_qs);
+    QCOMPARE(fresh[lists::FullName], u"Hiram Percy Maxim"_qs);
+    QCOMPARE(fresh[lists::FirstName], u"Hiram"_qs);
+    QCOMPARE(fresh[lists::Address], u"225 Main St"_qs);
+    QCOMPARE(fresh[lists::City], u"Newington, CT 06111"_qs);
+    QCOMPARE(fresh[lists::Country], u"USA"_qs);
+    QCOMPARE(fresh[lists::Latitude], u"41.714775"_qs);
+    QCOMPARE(fresh[lists::Longitude], u"-72.7"_qs);
+    QCOMPARE(fresh[lists::TimeStamp], u"20240309070503"_qs);
+    QCOMPARE(fresh[lists::Azimuth],
+             marvik::maps::azimuthText(marvik::maps::bearingFrom(me, r.latitude, r.longitude).degrees));
+    QVERIFY(fresh[lists::Azimuth] != u"0\u00b0"_qs);
+    QCOMPARE(fresh[lists::Extra], QString());
+
+    // An update keeps what the user gave the row.
+    CallRecord kept;
+    kept[lists::Callsign] = u"W1AW"_qs;
+    kept[lists::FirstName] = u"Percy"_qs;
+    kept[lists::Extra] = u"QSL via bureau"_qs;
+    kept[lists::FullName] = u"old"_qs;
+    writeLookupResult(kept, true, u"W1AW"_qs, r, me, now);
+    QCOMPARE(kept[lists::FirstName], u"Percy"_qs);
+    QCOMPARE(kept[lists::Extra], u"QSL via bureau"_qs);
+    QCOMPARE(kept[lists::FullName], u"Hiram Percy Maxim"_qs);
+    QCOMPARE(kept.firstNameBack, lists::kNicknameColour);
+}
+
+void TestPageReader::positionFromLocator()
+{
+    // A QRZ page without coordinates: the grid square gives the position.
+    LookUp lookUp(&m_network, SourceSettings(), QString());
+    lookUp.setDataBase(Qrz);
+    QString text = pageText(u"qrz_found.html"_qs);
+    text.replace(u"Latitude"_qs, u"Lat"_qs).replace(u"Longitude"_qs, u"Lon"_qs);
+    lookUp.setHtml(text);
+    const LookupResult r = readPage(lookUp, u"W1AW"_qs, false);
+    QCOMPARE(r.outcome, LookupOutcome::Found);
+    QVERIFY(r.positionFromLocator);
+    QVERIFY(qAbs(r.latitude - 41.7291667) < 1e-6);
+    QVERIFY(qAbs(r.longitude - -72.7083333) < 1e-6);
+}
+
+QTEST_GUILESS_MAIN(TestPageReader)
+#include "tst_pagereader.moc"

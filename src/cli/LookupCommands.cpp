@@ -13,6 +13,7 @@
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QLoggingCategory>
 #include <QNetworkAccessManager>
 #include <QTimer>
 
@@ -23,8 +24,16 @@ namespace {
 /// The main window's lookup time-out.
 constexpr int kLookupTimeoutMs = 12000;
 
+/// The lookup's debug messages would mix with the one-line message a script
+/// reads from stderr; QT_LOGGING_RULES still turns them on.
+void quietLookupLog()
+{
+    QLoggingCategory::setFilterRules(QStringLiteral("marvik.lookup.debug=false"));
+}
+
 bool readFile(const QString &path, QByteArray &bytes, QTextStream &err)
 {
+    quietLookupLog();
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         err << "marvik-cli: cannot read " << path << ": " << file.errorString() << '\n';
@@ -112,6 +121,7 @@ int lookup(const QStringList &args, const QString &dataDir, QTextStream &out, QT
             return BadArguments;
         }
     }
+    quietLookupLog();
     const QString call = lookup::cleanCallsign(typed);
     if (call.isEmpty()) {
         err << usage;

@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QByteArray>
+#include <QHash>
+#include <QList>
+#include <QStringList>
+#include <QTcpServer>
+
+/// A small HTTP/1.1 server on 127.0.0.1 that plays the callbooks and the
+/// picture host for the tests: fixed answers per request target, answered
+/// in order when a target has several, with delays, dropped connections and
+/// missing lengths on demand.
+class CallbookServer : public QTcpServer
+{
+    Q_OBJECT
+
+public:
+    struct Answer
+    {
+        QByteArray body;
+        QByteArray contentType = "text/html";
+        int status = 200;
+        int delayMs = 0;
+        bool drop = false;     ///< close the connection without answering
+        bool noLength = false; ///< no Content-Length: the body ends with the connection
+        QList<QPair<QByteArray, QByteArray>> headers;
+    };
+
+    explicit CallbookServer(QObject *parent = nullptr);
+
+    /// http://127.0.0.1:<port>
+    QString base() const;
+    /// Answers for a request target ("/db/W1AW"); one after the other, the
+    /// last one repeated.
+    void answer(const QString &target, const QList<Answer> &answers);
+    void answer(const QString &target, const Answer &a) { answer(target, QList<Answer>{a}); }
+
+    /// Request targets in the order they arrived.
+    QStringList requests() const { return m_requests; }
+    /// The Cookie header of each request, in the same order.
+    QList<QByteArray> cookies() const { return m_cookies; }
+    int hits(const QString &target) const { return int(m_requests.count(target)); }
+
+private:
+    void serve(QTcpSocket *socket);
+
+    QHash<QString, QList<Answer>> m_answers;
+    QHash<QString, int> m_served;
+    QStringList m_requests;
+    QList<QByteArray> m_cookies;
+};

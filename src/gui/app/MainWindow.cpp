@@ -403,7 +403,6 @@ void MainWindow::readConfiguration()
 
 void MainWindow::loadList(int n)
 {
-    static QSet<QString> reported;
     const QString path = m_data.listFile(n);
     const lists::LoadReport report =
         lists::loadList(*model(n), path, loadContext(), m_settings.sortMode, !m_starting);
@@ -412,9 +411,9 @@ void MainWindow::loadList(int n)
     // Each damaged file is copied aside and reported once per run, not at
     // every switch to its list.
     const QString key = path + QString::number(QFileInfo(path).size());
-    if (reported.contains(key))
+    if (m_reportedDamage.contains(key))
         return;
-    reported.insert(key);
+    m_reportedDamage.insert(key);
     if (!report.opened) {
         m_damaged.append(QStringLiteral("%1: %2").arg(QDir::toNativeSeparators(path), report.errorString));
         return;

@@ -7,6 +7,7 @@
 #include <core/lists/CallListModel.h>
 
 #include <QMainWindow>
+#include <QSet>
 
 #include <array>
 #include <memory>
@@ -179,6 +180,7 @@ private:
     int m_normalWidthTwips = 0;
     int m_maxWindowWidth = 614;
     QStringList m_damaged;
+    QSet<QString> m_reportedDamage;
 
     // The blink of an entry already in the list.
     int m_blinkCount = 0;

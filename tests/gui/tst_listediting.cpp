@@ -1,0 +1,244 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The list-editing rules that need no window: chooser lines, callsign
+// clean-up, copying, deleting, renaming, wheel scrolling, the click zone.
+#include <i18n/Texts.h>
+#include <lists/ListEditing.h>
+#include <maps/Geometry.h>
+
+#include <QTest>
+
+using namespace marvik;
+using namespace marvik::lists;
+
+namespace {
+
+CallRecord record(const QString &call, const QString &first, const QString &full, const QString &lat = {},
+                  const QString &lon = {}, const QString &azimuth = {})
+{
+    CallRecord r;
+    r[Callsign] = call;
+    r[FirstName] = first;
+    r[FullName] = full;
+    r[Latitude] = lat;
+    r[Longitude] = lon;
+    r[Azimuth] = azimuth;
+    r[TimeStamp] = QStringLiteral("20240101000000");
+    return r;
+}
+
+} // namespace
+
+class TestListEditing : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void chooserLineAndName_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<int>("count");
+        QTest::addColumn<QString>("line");
+        QTest::addColumn<QString>("cut");
+        QTest::newRow("DX") << u"DX"_qs << 12 << u" DX  (12)"_qs << u" DX  "_qs;
+        QTest::newRow("empty list") << u"List 3"_qs << 0 << u" List 3  (0)"_qs << u" List 3  "_qs;
+        QTest::newRow("parenthesis in the name") << u"EU (old)"_qs << 2 << u" EU (old)  (2)"_qs << u" EU "_qs;
+    }
+    void chooserLineAndName()
+    {
+        QFETCH(QString, name);
+        QFETCH(int, count);
+        QFETCH(QString, line);
+        QFETCH(QString, cut);
+        QCOMPARE(chooserLine(name, count), line);
+        QCOMPARE(nameBeforeParen(line), cut);
+    }
+
+    void fillIn_data()
+    {
+        QTest::addColumn<QString>("templ");
+        QTest::addColumn<QString>("xxx");
+        QTest::addColumn<QString>("source");
+        QTest::addColumn<QString>("result");
+        QTest::newRow("every xxx") << u"xxx and xxx"_qs << u"W1AW"_qs << QString() << u"W1AW and W1AW"_qs;
+        QTest::newRow("name holds xxx") << u"Delete all entries in xxx?"_qs << u" xxx  "_qs << QString()
+                                        << u"Delete all entries in  xxx  ?"_qs;
+        QTest::newRow("source") << u"Update xxx from ???"_qs << u"G4XYZ"_qs << u"QRZ.com"_qs
+                                << u"Update G4XYZ from QRZ.com"_qs;
+        QTest::newRow("callsign with ???") << u"Update xxx from ???"_qs << u"???"_qs << u"QRZ.com"_qs
+                                           << u"Update ??? from QRZ.com"_qs;
+    }
+    void fillIn()
+    {
+        QFETCH(QString, templ);
+        QFETCH(QString, xxx);
+        QFETCH(QString, source);
+        QFETCH(QString, result);
+        QCOMPARE(i18n::fillIn(templ, xxx, source), result);
+    }
+
+    void clipboardCallsign_data()
+    {
+        QTest::addColumn<QString>("clipboard");
+        QTest::addColumn<QString>("call");
+        QTest::newRow("de w1abc 599") << u"de w1abc 599"_qs << u"W1ABC"_qs;
+        QTest::newRow("DE:W1ABC") << u"DE:W1ABC"_qs << u"DE:W1ABC"_qs;
+        QTest::newRow("slashed zero first") << u"\u00D8Z1ABC"_qs << u"0Z1ABC"_qs;
+        QTest::newRow("W1ABC/P") << u"W1ABC/P"_qs << u"W1ABC"_qs;
+        QTest::newRow("leading blank") << u" W1ABC"_qs << QString();
+        QTest::newRow("above z") << u"W1ABC{"_qs << u"W1ABC"_qs;
+        QTest::newRow("line break") << u"K1ABC\r\nmore"_qs << u"K1ABC"_qs;
+        QTest::newRow("empty") << QString() << QString();
+    }
+    void clipboardCallsign()
+    {
+        QFETCH(QString, clipboard);
+        QFETCH(QString, call);
+        QCOMPARE(callsignFromClipboard(clipboard), call);
+    }
+
+    void lookupCallsign_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("call");
+        QTest::newRow("W1AW-5") << u"w1aw-5"_qs << u"W1AW"_qs;
+        QTest::newRow("W1AW /P") << u"W1AW /P"_qs << u"W1AW"_qs;
+        QTest::newRow("DE W1AW") << u"de W1AW"_qs << u"W1AW"_qs;
+        QTest::newRow("slashed zero") << u"G\u00D8ABC"_qs << u"G0ABC"_qs;
+        QTest::newRow("portable slash stays") << u"W1AW/P"_qs << u"W1AW/P"_qs;
+    }
+    void lookupCallsign()
+    {
+        QFETCH(QString, typed);
+        QFETCH(QString, call);
+        QCOMPARE(lists::lookupCallsign(typed), call);
+    }
+
+    void copiedRecord_data()
+    {
+        QTest::addColumn<QString>("first");
+        QTest::addColumn<QString>("lat");
+        QTest::addColumn<QString>("lon");
+        QTest::addColumn<bool>("marked");
+        QTest::addColumn<bool>("azimuth");
+        // The editors' rule is case-sensitive, unlike the loader's.
+        QTest::newRow("same word") << u"Hans"_qs << u"52.5"_qs << u"13.4"_qs << false << true;
+        QTest::newRow("upper case") << u"HANS"_qs << u"52.5"_qs << u"13.4"_qs << true << true;
+        QTest::newRow("latitude 0") << u"Hans"_qs << u"0"_qs << u"13.4"_qs << false << false;
+        QTest::newRow("longitude empty") << u"Hansi"_qs << u"52.5"_qs << QString() << true << false;
+    }
+    void copiedRecord()
+    {
+        QFETCH(QString, first);
+        QFETCH(QString, lat);
+        QFETCH(QString, lon);
+        QFETCH(bool, marked);
+        QFETCH(bool, azimuth);
+        LoadContext ctx;
+        ctx.me = {51.5, -0.12};
+        const CallRecord copy = lists::copiedRecord(record(u"DL1ABC"_qs, first, u"Hans Meyer"_qs, lat, lon), ctx);
+        QCOMPARE(copy.firstNameBack.isValid(), marked);
+        QCOMPARE(copy[Azimuth],
+                 azimuth ? maps::azimuthText(maps::bearingFrom(ctx.me, 52.5, 13.4).degrees) : QString());
+        QCOMPARE(copy[TimeStamp], QStringLiteral("20240101000000"));
+    }
+
+    void duplicatesAreExact()
+    {
+        CallListModel target;
+        target.appendRecord(record(u"DL1ABC"_qs, u"Hans"_qs, u"Hans Meyer"_qs));
+        QVERIFY(!copyRecordTo(record(u"DL1ABC"_qs, u"X"_qs, u"Y"_qs), target, {}));
+        QVERIFY(copyRecordTo(record(u"dl1abc"_qs, u"X"_qs, u"Y"_qs), target, {}));
+        QVERIFY(copyRecordTo(record(u"DL1ABC "_qs, u"X"_qs, u"Y"_qs), target, {}));
+        QCOMPARE(target.rowCount(), 3);
+
+        CallListModel source;
+        for (const char16_t *call : {u"A1A", u"DL1ABC", u"A1A", u"B2B"})
+            source.appendRecord(record(QString::fromUtf16(call), u"N"_qs, u"N"_qs));
+        QCOMPARE(copyAllTo(source, target, {}), 2);
+        QCOMPARE(target.rowCount(), 5);
+    }
+
+    void deleteRow_data()
+    {
+        QTest::addColumn<int>("rows");
+        QTest::addColumn<int>("row");
+        QTest::addColumn<QStringList>("left");
+        QTest::newRow("three, middle") << 3 << 1 << QStringList{u"A"_qs, u"C"_qs};
+        QTest::newRow("two, last") << 2 << 1 << QStringList{u"A"_qs};
+        QTest::newRow("one") << 1 << 0 << QStringList{};
+        QTest::newRow("one, no row chosen") << 1 << -1 << QStringList{};
+    }
+    void deleteRow()
+    {
+        QFETCH(int, rows);
+        QFETCH(int, row);
+        QFETCH(QStringList, left);
+        CallListModel model;
+        for (int i = 0; i < rows; ++i)
+            model.appendRecord(record(QString(QChar(u'A' + i)), u"N"_qs, u"N"_qs));
+        lists::deleteRow(model, row);
+        QStringList calls;
+        for (const CallRecord &r : model.records())
+            calls << r[Callsign];
+        QCOMPARE(calls, left);
+    }
+
+    void renameFirstName()
+    {
+        CallListModel model;
+        model.appendRecord(record(u"DL1ABC"_qs, u"Hans"_qs, u"Hans Meyer"_qs));
+        model.appendRecord(record(u"dl1abc"_qs, u"Hans"_qs, u"Hans Meyer"_qs));
+        model.appendRecord(record(u"DL1ABC"_qs, u"H"_qs, u"Hans Meyer"_qs));
+        QCOMPARE(lists::renameFirstName(model, u"DL1ABC"_qs, u"Hannes"_qs), 2);
+        QCOMPARE(model.record(0)[FirstName], u"Hannes"_qs);
+        QCOMPARE(model.record(1)[FirstName], u"Hans"_qs);
+        QCOMPARE(model.record(2)[FirstName], u"Hannes"_qs);
+        // Marked light blue whatever the full name says.
+        QCOMPARE(model.record(0).firstNameBack, kNicknameColour);
+        QVERIFY(!model.record(1).firstNameBack.isValid());
+    }
+
+    void wheel_data()
+    {
+        QTest::addColumn<int>("top");
+        QTest::addColumn<int>("delta");
+        QTest::addColumn<int>("rows");
+        QTest::addColumn<int>("visible");
+        QTest::addColumn<int>("result");
+        QTest::newRow("down") << 0 << -120 << 100 << 20 << 5;
+        QTest::newRow("down to the end") << 78 << -120 << 100 << 20 << 80;
+        QTest::newRow("up") << 20 << 120 << 100 << 20 << 15;
+        QTest::newRow("up to 9 lands on 0") << 9 << 120 << 100 << 20 << 0;
+        QTest::newRow("up from 10 stays at 5") << 10 << 120 << 100 << 20 << 5;
+        QTest::newRow("any other delta is up") << 20 << -60 << 100 << 20 << 15;
+        QTest::newRow("short list") << 0 << -120 << 5 << 20 << -15;
+    }
+    void wheel()
+    {
+        QFETCH(int, top);
+        QFETCH(int, delta);
+        QFETCH(int, rows);
+        QFETCH(int, visible);
+        QFETCH(int, result);
+        QCOMPARE(wheelTopRow(top, delta, rows, visible), result);
+    }
+
+    void thumbnailZone_data()
+    {
+        QTest::addColumn<int>("x");
+        QTest::addColumn<bool>("inside");
+        QTest::newRow("2200") << 2200 << false;
+        QTest::newRow("2201") << 2201 << true;
+        QTest::newRow("2499") << 2499 << true;
+        QTest::newRow("2500") << 2500 << false;
+    }
+    void thumbnailZone()
+    {
+        QFETCH(int, x);
+        QFETCH(bool, inside);
+        QCOMPARE(inThumbnailZone(x), inside);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestListEditing)
+#include "tst_listediting.moc"

@@ -1,0 +1,759 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The main window driven as a user drives it: clicks on rows, the context
+// menus, the list chooser, F8, and the files it leaves on disk.
+#include "GuiTestUtil.h"
+
+#include <app/MainWindow.h>
+#include <lists/ListGrid.h>
+#include <core/lists/CallListModel.h>
+#include <core/maps/Geometry.h>
+
+#include <QAction>
+#include <QClipboard>
+#include <QComboBox>
+#include <QDesktopServices>
+#include <QDir>
+#include <QFileInfo>
+#include <QImage>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSettings>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QUrl>
+#include <QWheelEvent>
+
+#include <memory>
+
+using namespace marvik;
+using test::DialogAnswerer;
+using test::readAll;
+using test::writeAll;
+
+namespace {
+
+const QByteArray kConfig = "LatLon:\r\n 51.5\r\n -0.12\r\nSort:\r\n 0 \r\n 0 \r\nStartup:\r\n0\r\nG0XYZ\r\n\r\n\r\n"
+                           " 1 \r\n 0 \r\nDX\r\n\r\nEurope\r\nxxx list\r\nOld\r\n1\r\nMaps:\r\n 0 \r\nWORLDMAP*3*4\r\n";
+
+// Stored unsorted, with a stale bearing and a lower-case twin of DL1ABC.
+const QByteArray kList1 = "K1ABC*Jim**James Taylor*45 Elm Rd*Boston, MA*USA*42.36*-71.06*20240105093000*x\r\n"
+                          "DL1ABC*Hansi*123\xB0*Hans Meyer*Hauptstr. 12*Berlin*Germany*52.52*13.405*20240102101500*\r\n"
+                          "G4XYZ*Bob**Robert Smith*12 High Street*Leeds*England*0*-1.55*20231231220000*\r\n"
+                          "dl1abc*Hans**Hans Meyer******20240101000000*\r\n";
+const QByteArray kList2 = "F5ABC*Jean**Jean Dupont*3 Rue*Paris*France*48.86*0*20240112154500*\r\n";
+
+QString az(double lat, double lon)
+{
+    return maps::azimuthText(maps::bearingFrom({51.5, -0.12}, lat, lon).degrees);
+}
+
+/// Receives the URL the help command opens instead of a desktop viewer.
+class UrlCatcher : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit UrlCatcher(QUrl *target)
+        : m_target(target)
+    {
+    }
+    Q_INVOKABLE void open(const QUrl &url) { *m_target = url; }
+
+private:
+    QUrl *m_target;
+};
+
+} // namespace
+
+class TestMainWindow : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<QTemporaryDir> m_dir;
+    std::unique_ptr<QSettings> m_store;
+    std::unique_ptr<gui::MainWindow> m_window;
+
+    QString file(const QString &name) const { return m_dir->filePath(name); }
+    gui::MainWindow *start()
+    {
+        m_window = std::make_unique<gui::MainWindow>(m_dir->path(), m_store.get());
+        if (!m_window->startUp())
+            return nullptr;
+        m_window->show();
+        if (!QTest::qWaitForWindowExposed(m_window.get()))
+            return nullptr;
+        return m_window.get();
+    }
+    template<typename T>
+    T *child(const QString &name) const { return m_window->findChild<T *>(name); }
+    QString cell(int list, int row, int column) const
+    {
+        return m_window->model(list)->index(row, column).data().toString();
+    }
+    QStringList callsigns(int list) const
+    {
+        QStringList out;
+        for (int r = 0; r < m_window->model(list)->rowCount(); ++r)
+            out << cell(list, r, 0);
+        return out;
+    }
+    QPoint cellPoint(int row, int column) const
+    {
+        gui::ListGrid *g = m_window->grid(m_window->currentList());
+        return g->visualRect(g->model()->index(row, column)).center();
+    }
+    void click(int row, int column, Qt::MouseButton button = Qt::LeftButton)
+    {
+        QTest::mouseClick(m_window->grid(m_window->currentList())->viewport(), button, {}, cellPoint(row, column));
+    }
+    /// Right-clicks a row, returns the opened row menu (closed again by the caller).
+    QMenu *rowMenu(int row)
+    {
+        click(row, 0, Qt::RightButton);
+        return child<QMenu>(QStringLiteral("mnuPopup"));
+    }
+    void trigger(const QString &action)
+    {
+        child<QMenu>(QStringLiteral("mnuPopup"))->hide();
+        child<QAction>(action)->trigger();
+    }
+    void switchTo(int list)
+    {
+        auto *cbo = child<QComboBox>(QStringLiteral("cboList"));
+        cbo->setCurrentIndex(list - 1);
+        emit cbo->activated(list - 1);
+    }
+
+private slots:
+    void init()
+    {
+        m_dir = std::make_unique<QTemporaryDir>();
+        QVERIFY(m_dir->isValid());
+        QDir(m_dir->path()).mkpath(QStringLiteral("Maps"));
+        QDir(m_dir->path()).mkpath(QStringLiteral("Images/Thumbs"));
+        writeAll(file(QStringLiteral("Maps/WorldMap.bmp")), "BM");
+        writeAll(file(QStringLiteral("Maps/Worldmap.bmp")), "BM");
+        writeAll(file(QStringLiteral("Marvik.cfg")), kConfig);
+        writeAll(file(QStringLiteral("List1.dat")), kList1);
+        writeAll(file(QStringLiteral("List2.dat")), kList2);
+        QImage thumb(24, 16, QImage::Format_RGB32);
+        thumb.fill(Qt::darkGreen);
+        QVERIFY(thumb.save(file(QStringLiteral("Images/Thumbs/DL1ABC.jpg")), "BMP"));
+        m_store = std::make_unique<QSettings>(file(QStringLiteral("settings.ini")), QSettings::IniFormat);
+    }
+
+    void cleanup()
+    {
+        m_window.reset();
+        m_store.reset();
+        m_dir.reset();
+    }
+
+    void startUpShowsTheListsAsStored()
+    {
+        QVERIFY(start());
+        QCOMPARE(m_window->objectName(), QStringLiteral("Form1"));
+        QCOMPARE(m_window->windowTitle(), QStringLiteral("Marvik  3.12"));
+        auto *cbo = child<QComboBox>(QStringLiteral("cboList"));
+        QCOMPARE(cbo->count(), 5);
+        QCOMPARE(cbo->itemText(0), QStringLiteral(" DX  (4)"));
+        QCOMPARE(cbo->itemText(1), QStringLiteral(" List 2  (1)"));
+        QCOMPARE(cbo->itemText(2), QStringLiteral(" Europe  (0)"));
+        QCOMPARE(cbo->itemText(3), QStringLiteral(" xxx list  (0)"));
+        QCOMPARE(m_window->currentList(), 1);
+        QVERIFY(child<QLineEdit>(QStringLiteral("txtCall"))->hasFocus());
+        // Sorted by callsign, case-sensitive: lower case after upper case.
+        QCOMPARE(callsigns(1), (QStringList{u"DL1ABC"_qs, u"G4XYZ"_qs, u"K1ABC"_qs, u"dl1abc"_qs}));
+        // The stale bearing is recomputed; latitude 0 leaves it empty.
+        QCOMPARE(cell(1, 0, 2), az(52.52, 13.405));
+        QCOMPARE(cell(1, 1, 2), QString());
+        QCOMPARE(m_window->model(1)->index(0, 2).data(Qt::TextAlignmentRole).toInt(),
+                 int(Qt::AlignRight | Qt::AlignVCenter));
+        // Hansi is not Hans: marked; K1ABC's Jim is not James: marked; dl1abc's Hans is.
+        QCOMPARE(m_window->model(1)->index(0, 1).data(Qt::BackgroundRole).value<QColor>(), QColor(187, 238, 255));
+        QVERIFY(!m_window->model(1)->index(3, 1).data(Qt::BackgroundRole).isValid());
+        QVERIFY(!m_window->model(1)->index(0, 1).data(lists::CallListModel::ThumbnailRole).value<QImage>().isNull());
+        QCOMPARE(m_window->settings().maps.size(), 1);
+        QCOMPARE(m_window->settings().maps[0].value1, QStringLiteral("3"));
+        QCOMPARE(child<QMenu>(QStringLiteral("mnuDatabase"))->title(), QStringLiteral("QRZ.com"));
+        QVERIFY(child<QAction>(QStringLiteral("mnuSource1"))->isChecked());
+        QVERIFY(child<QAction>(QStringLiteral("mnuLang0"))->isChecked());
+        QVERIFY(child<QRadioButton>(QStringLiteral("optSort0"))->isChecked());
+        QCOMPARE(child<QPushButton>(QStringLiteral("cmdGet"))->palette().color(QPalette::Button), QColor(170, 197, 255));
+        // Hooks nobody has connected leave their items disabled.
+        QVERIFY(!child<QPushButton>(QStringLiteral("cmdMap"))->isEnabled());
+        QVERIFY(!child<QAction>(QStringLiteral("mnuLatLon"))->isEnabled());
+        QVERIFY(child<QAction>(QStringLiteral("mnuNames"))->isEnabled());
+        QCOMPARE(m_window->minimumSize(), QSize(300, 200));
+        QCOMPARE(m_window->maximumWidth(), 614);
+        QCOMPARE(m_window->size(), QSize(400, 466));
+    }
+
+    void currentListFromTheFile_data()
+    {
+        QTest::addColumn<QByteArray>("line");
+        QTest::addColumn<int>("shown");
+        QTest::newRow("0 shows list 1") << QByteArray("0") << 1;
+        QTest::newRow("2") << QByteArray("2") << 2;
+    }
+    void currentListFromTheFile()
+    {
+        QFETCH(QByteArray, line);
+        QFETCH(int, shown);
+        writeAll(file(QStringLiteral("Marvik.cfg")), QByteArray(kConfig).replace("Old\r\n1\r\n", QByteArray("Old\r\n" + line + "\r\n")));
+        QVERIFY(start());
+        QCOMPARE(m_window->currentList(), shown);
+        QVERIFY(m_window->grid(shown)->isVisible());
+    }
+
+    void secondInstanceIsRefused()
+    {
+        QVERIFY(start());
+        gui::MainWindow second(m_dir->path(), m_store.get());
+        DialogAnswerer answer;
+        QVERIFY(!second.startUp());
+        QVERIFY(answer.dialog().seen);
+        QCOMPARE(answer.dialog().title, QStringLiteral("Marvik"));
+        QCOMPARE(answer.dialog().text, QStringLiteral("Another instance of Marvik is running"));
+        QCOMPARE(answer.dialog().icon, QMessageBox::Warning);
+    }
+
+    void damagedListIsKeptAndReported()
+    {
+        writeAll(file(QStringLiteral("List2.dat")), kList2 + "BROKEN*line\r\n" + kList2);
+        DialogAnswerer answer;
+        QVERIFY(start());
+        QVERIFY(answer.dialog().seen);
+        QVERIFY(answer.dialog().text.contains(QStringLiteral("List2.dat, line 2")));
+        const QStringList copies = QDir(m_dir->path()).entryList({QStringLiteral("List2.dat.damaged-*")});
+        QCOMPARE(copies.size(), 1);
+        QCOMPARE(readAll(file(copies[0])), kList2 + "BROKEN*line\r\n" + kList2);
+    }
+
+    void shutDownWritesConfigurationListsAndPlacement_data()
+    {
+        QTest::addColumn<QString>("state");
+        QTest::addColumn<bool>("placementStored");
+        QTest::newRow("normal") << u"normal"_qs << true;
+        QTest::newRow("expanded") << u"expanded"_qs << false;
+        QTest::newRow("maximised") << u"maximised"_qs << false;
+    }
+    void shutDownWritesConfigurationListsAndPlacement()
+    {
+        QFETCH(QString, state);
+        QFETCH(bool, placementStored);
+        writeAll(file(QStringLiteral("Marvik.ini")), "old settings");
+        QVERIFY(start());
+        m_window->move(30, 45);
+        m_window->resize(500, 300);
+        if (state == u"expanded")
+            child<QAction>(QStringLiteral("mnuExpand"))->trigger();
+        if (state == u"maximised")
+            m_window->setWindowState(Qt::WindowMaximized);
+        QTest::qWait(20);
+        m_window->close();
+
+        const QByteArray cfg = "LatLon:\r\n 51.5\r\n-0.12\r\nSort:\r\n 0 \r\n 0 \r\nStartup:\r\n0\r\nG0XYZ\r\n\r\n\r\n"
+                               " 1 \r\n 0 \r\nDX\r\nList 2\r\nEurope\r\nxxx list\r\nOld\r\n1\r\nMaps:\r\n 0 \r\nWorldMap*3*4\r\n";
+        QCOMPARE(readAll(file(QStringLiteral("Marvik.cfg"))), cfg);
+        QCOMPARE(readAll(file(QStringLiteral("List1.dat"))),
+                 "DL1ABC*Hansi*" + az(52.52, 13.405).toLatin1() +
+                     "*Hans Meyer*Hauptstr. 12*Berlin*Germany*52.52*13.405*20240102101500*\r\n"
+                     "G4XYZ*Bob**Robert Smith*12 High Street*Leeds*England*0*-1.55*20231231220000*\r\n"
+                     "K1ABC*Jim*" + az(42.36, -71.06).toLatin1() +
+                     "*James Taylor*45 Elm Rd*Boston, MA*USA*42.36*-71.06*20240105093000*x\r\n"
+                     "dl1abc*Hans**Hans Meyer******20240101000000*\r\n");
+        QCOMPARE(readAll(file(QStringLiteral("List3.dat"))), QByteArray());
+        QVERIFY(QFileInfo::exists(file(QStringLiteral("MarvikOld.ini"))));
+        QVERIFY(!QFileInfo::exists(file(QStringLiteral("Marvik.ini"))));
+        m_store->sync();
+        QCOMPARE(m_store->contains(QStringLiteral("Me/Width")), placementStored);
+        if (placementStored) {
+            QCOMPARE(m_store->value(QStringLiteral("Me/Left")).toString(), QStringLiteral("450"));
+            QCOMPARE(m_store->value(QStringLiteral("Me/Top")).toString(), QStringLiteral("675"));
+            QCOMPARE(m_store->value(QStringLiteral("Me/Width")).toString(), QStringLiteral("7500"));
+            QCOMPARE(m_store->value(QStringLiteral("Me/Height")).toString(), QStringLiteral("4500"));
+        }
+    }
+
+    void writeFailureIsReported()
+    {
+        QVERIFY(start());
+        QDir(m_dir->path()).mkdir(QStringLiteral("List4.dat"));
+        DialogAnswerer answer;
+        m_window->close();
+        QVERIFY(answer.dialog().seen);
+        QVERIFY(answer.dialog().text.contains(QStringLiteral("List4.dat could not be written")));
+        // The other lists are written all the same.
+        QVERIFY(readAll(file(QStringLiteral("List5.dat"))).isEmpty());
+        QVERIFY(QFileInfo::exists(file(QStringLiteral("List5.dat"))));
+    }
+
+    void sortOptionsAndTheSortModeQuirk()
+    {
+        QVERIFY(start());
+        auto *byTime = child<QRadioButton>(QStringLiteral("optSort1"));
+        QTest::mouseClick(byTime, Qt::LeftButton);
+        QCOMPARE(callsigns(1), (QStringList{u"K1ABC"_qs, u"DL1ABC"_qs, u"dl1abc"_qs, u"G4XYZ"_qs}));
+        QCOMPARE(m_window->settings().sortMode, qint16(1));
+        // Any later change sorts with the program's sort mode, which comes back as 9.
+        click(0, 0);
+        trigger(QStringLiteral("mnuAddTo3"));
+        QCOMPARE(m_window->settings().sortMode, qint16(9));
+        QVERIFY(byTime->isChecked());
+        QTest::mouseClick(child<QRadioButton>(QStringLiteral("optSort0")), Qt::LeftButton);
+        QCOMPARE(callsigns(1), (QStringList{u"DL1ABC"_qs, u"G4XYZ"_qs, u"K1ABC"_qs, u"dl1abc"_qs}));
+        QCOMPARE(m_window->settings().sortMode, qint16(0));
+    }
+
+    void listSwitchReloadsFromTheFile()
+    {
+        QVERIFY(start());
+        writeAll(file(QStringLiteral("List2.dat")), kList2 + "W1AW*Hiram**Hiram Maxim******20200101000000*\r\n");
+        switchTo(2);
+        QCOMPARE(m_window->currentList(), 2);
+        QVERIFY(m_window->grid(2)->isVisible());
+        QVERIFY(!m_window->grid(1)->isVisible());
+        QCOMPARE(callsigns(2), (QStringList{u"F5ABC"_qs, u"W1AW"_qs}));
+        QVERIFY(child<QLineEdit>(QStringLiteral("txtCall"))->hasFocus());
+    }
+
+    void clickSelectsTheRowAndTheThumbnailZone_data()
+    {
+        QTest::addColumn<int>("x");
+        QTest::addColumn<bool>("picture");
+        // 2200 and 2500 twips are 146.7 and 166.7 pixels: the zone is 147..166.
+        QTest::newRow("146 px") << 146 << false;
+        QTest::newRow("147 px") << 147 << true;
+        QTest::newRow("166 px") << 166 << true;
+        QTest::newRow("167 px") << 167 << false;
+    }
+    void clickSelectsTheRowAndTheThumbnailZone()
+    {
+        QFETCH(int, x);
+        QFETCH(bool, picture);
+        QVERIFY(start());
+        QSignalSpy pictures(m_window.get(), &gui::MainWindow::pictureRequested);
+        QSignalSpy rows(m_window.get(), &gui::MainWindow::currentRowChanged);
+        const QPoint at(x, cellPoint(0, 1).y());
+        QTest::mouseClick(m_window->grid(1)->viewport(), Qt::LeftButton, {}, at);
+        QCOMPARE(m_window->currentRow(), 0);
+        QCOMPARE(pictures.size(), picture ? 1 : 0);
+        QCOMPARE(rows.size(), 1);
+        // A row without a thumbnail never opens a picture.
+        QTest::mouseClick(m_window->grid(1)->viewport(), Qt::LeftButton, {}, QPoint(x, cellPoint(2, 1).y()));
+        QCOMPARE(m_window->currentRow(), 2);
+        QCOMPARE(pictures.size(), picture ? 1 : 0);
+    }
+
+    void rowMenuCaptions_data()
+    {
+        QTest::addColumn<int>("row");
+        QTest::addColumn<bool>("views");
+        QTest::newRow("DL1ABC, both coordinates") << 0 << true;
+        QTest::newRow("G4XYZ, latitude 0 only") << 1 << true;
+        QTest::newRow("dl1abc, no position") << 3 << false;
+    }
+    void rowMenuCaptions()
+    {
+        QFETCH(int, row);
+        QFETCH(bool, views);
+        QVERIFY(start());
+        connect(m_window.get(), &gui::MainWindow::streetViewRequested, this, [] {});
+        QMenu *menu = rowMenu(row);
+        QVERIFY(menu->isVisible());
+        const QString call = cell(1, row, 0);
+        QCOMPARE(m_window->currentRow(), row);
+        QCOMPARE(child<QAction>(QStringLiteral("mnuName"))->text(), QStringLiteral("Change first name of ") + call);
+        QCOMPARE(child<QMenu>(QStringLiteral("mnuAddCall"))->menuAction()->text(), QStringLiteral("Add %1 to").arg(call));
+        QCOMPARE(child<QAction>(QStringLiteral("mnuUpdate"))->text(), QStringLiteral("Update %1 from QRZ.com").arg(call));
+        QCOMPARE(child<QAction>(QStringLiteral("mnuStView0"))->isEnabled(), views);
+        QCOMPARE(child<QAction>(QStringLiteral("mnuStView1"))->isEnabled(), views);
+        const QStringList lines{u" DX  (4)"_qs, u" List 2  (1)"_qs, u" Europe  (0)"_qs, u" xxx list  (0)"_qs,
+                                u" Old  (0)"_qs};
+        for (int k = 1; k <= 5; ++k) {
+            for (const QString &name : {QStringLiteral("mnuAddTo%1"), QStringLiteral("mnuAddAllTo%1")}) {
+                QAction *a = child<QAction>(name.arg(k));
+                QCOMPARE(a->text(), lines[k - 1]);
+                QCOMPARE(a->isVisible(), k != 1);
+            }
+        }
+        // Items of parts not wired in yet stay disabled.
+        QVERIFY(!child<QAction>(QStringLiteral("mnuUpdate"))->isEnabled());
+        QVERIFY(!child<QAction>(QStringLiteral("mnu4"))->isEnabled());
+        QVERIFY(child<QAction>(QStringLiteral("mnu3"))->isEnabled());
+        menu->hide();
+        QVERIFY(child<QLineEdit>(QStringLiteral("txtCall"))->hasFocus());
+    }
+
+    void streetViewsStayOffUntilWired()
+    {
+        QVERIFY(start());
+        QMenu *menu = rowMenu(0);
+        QVERIFY(!child<QAction>(QStringLiteral("mnuStView0"))->isEnabled());
+        menu->hide();
+    }
+
+    void emptyGridOpensTheShortMenu()
+    {
+        QVERIFY(start());
+        switchTo(3);
+        QTest::mouseClick(m_window->grid(3)->viewport(), Qt::RightButton, {}, QPoint(30, 10));
+        auto *menu = child<QMenu>(QStringLiteral("mnuPopup2"));
+        QVERIFY(menu->isVisible());
+        QVERIFY(!child<QMenu>(QStringLiteral("mnuPopup"))->isVisible());
+        QCOMPARE(child<QAction>(QStringLiteral("mnuAddNew2"))->text(), QStringLiteral("Manually add new callsign"));
+        menu->hide();
+    }
+
+    void copyOneEntry()
+    {
+        QVERIFY(start());
+        rowMenu(0); // DL1ABC
+        trigger(QStringLiteral("mnuAddTo2"));
+        QCOMPARE(callsigns(2), (QStringList{u"DL1ABC"_qs, u"F5ABC"_qs}));
+        QCOMPARE(readAll(file(QStringLiteral("List2.dat"))),
+                 "DL1ABC*Hansi*" + az(52.52, 13.405).toLatin1() +
+                     "*Hans Meyer*Hauptstr. 12*Berlin*Germany*52.52*13.405*20240102101500*\r\n" + kList2);
+        QCOMPARE(child<QComboBox>(QStringLiteral("cboList"))->itemText(1), QStringLiteral(" List 2  (2)"));
+        // The copy brings its thumbnail and its nickname mark along.
+        QVERIFY(!m_window->model(2)->index(0, 1).data(lists::CallListModel::ThumbnailRole).value<QImage>().isNull());
+        QVERIFY(m_window->model(2)->index(0, 1).data(Qt::BackgroundRole).isValid());
+        // The list it came from is untouched.
+        QCOMPARE(readAll(file(QStringLiteral("List1.dat"))), kList1);
+
+        // The lower-case twin is another callsign; DL1ABC again is a duplicate.
+        rowMenu(3);
+        trigger(QStringLiteral("mnuAddTo2"));
+        QCOMPARE(m_window->model(2)->rowCount(), 3);
+        rowMenu(0);
+        DialogAnswerer answer;
+        trigger(QStringLiteral("mnuAddTo2"));
+        QVERIFY(answer.dialog().seen);
+        QCOMPARE(answer.dialog().title, QStringLiteral("Marvik"));
+        QCOMPARE(answer.dialog().text, QStringLiteral("DL1ABC already in  List 2  "));
+        QCOMPARE(m_window->model(2)->rowCount(), 3);
+    }
+
+    void copyToItsOwnListIsADuplicate()
+    {
+        QVERIFY(start());
+        rowMenu(1);
+        DialogAnswerer answer;
+        trigger(QStringLiteral("mnuAddTo1"));
+        QCOMPARE(answer.dialog().text, QStringLiteral("G4XYZ already in  DX  "));
+        QCOMPARE(m_window->model(1)->rowCount(), 4);
+    }
+
+    void copyAllSkipsDuplicatesSilently()
+    {
+        QVERIFY(start());
+        switchTo(2);
+        rowMenu(0);
+        trigger(QStringLiteral("mnuAddTo1"));
+        switchTo(1);
+        rowMenu(0);
+        DialogAnswerer answer;
+        trigger(QStringLiteral("mnuAddAllTo2"));
+        QTest::qWait(50);
+        QVERIFY(!answer.dialog().seen);
+        QCOMPARE(callsigns(2), (QStringList{u"DL1ABC"_qs, u"F5ABC"_qs, u"G4XYZ"_qs, u"K1ABC"_qs, u"dl1abc"_qs}));
+        QCOMPARE(readAll(file(QStringLiteral("List2.dat"))).count("\r\n"), 5);
+        QCOMPARE(child<QComboBox>(QStringLiteral("cboList"))->itemText(1), QStringLiteral(" List 2  (5)"));
+        // Latitude 0: no azimuth in the copy either.
+        QCOMPARE(cell(2, 2, 2), QString());
+    }
+
+    void deleteKeepsTheTwoWayRule()
+    {
+        QVERIFY(start());
+        rowMenu(2); // K1ABC
+        trigger(QStringLiteral("mnu3"));
+        QCOMPARE(callsigns(1), (QStringList{u"DL1ABC"_qs, u"G4XYZ"_qs, u"dl1abc"_qs}));
+        QCOMPARE(readAll(file(QStringLiteral("List1.dat"))).count("\r\n"), 3);
+        QVERIFY(!readAll(file(QStringLiteral("List1.dat"))).contains("K1ABC"));
+        switchTo(2);
+        rowMenu(0);
+        trigger(QStringLiteral("mnu3"));
+        QCOMPARE(m_window->model(2)->rowCount(), 0);
+        QCOMPARE(readAll(file(QStringLiteral("List2.dat"))), QByteArray());
+        QCOMPARE(child<QComboBox>(QStringLiteral("cboList"))->itemText(1), QStringLiteral(" List 2  (0)"));
+    }
+
+    void clearAsksFirst_data()
+    {
+        QTest::addColumn<int>("list");
+        QTest::addColumn<QString>("prompt");
+        QTest::newRow("DX") << 1 << u"Delete all entries in  DX  ?"_qs;
+        QTest::newRow("a name with xxx") << 4 << u"Delete all entries in  xxx list  ?"_qs;
+    }
+    void clearAsksFirst()
+    {
+        QFETCH(int, list);
+        QFETCH(QString, prompt);
+        writeAll(file(QStringLiteral("List4.dat")), kList2);
+        QVERIFY(start());
+        switchTo(list);
+        const int rows = m_window->model(list)->rowCount();
+        const QByteArray before = readAll(m_window->dataFolder().listFile(list));
+        {
+            DialogAnswerer no(QMessageBox::No);
+            rowMenu(0);
+            trigger(QStringLiteral("mnuClear"));
+            QCOMPARE(no.dialog().text, prompt);
+            QCOMPARE(no.dialog().icon, QMessageBox::Warning);
+            QCOMPARE(no.dialog().buttons, QMessageBox::Yes | QMessageBox::No);
+            QCOMPARE(m_window->model(list)->rowCount(), rows);
+        }
+        DialogAnswerer yes(QMessageBox::Yes);
+        rowMenu(0);
+        trigger(QStringLiteral("mnuClear"));
+        QCOMPARE(m_window->model(list)->rowCount(), 0);
+        QVERIFY(child<QComboBox>(QStringLiteral("cboList"))->itemText(list - 1).endsWith(QStringLiteral("  (0)")));
+        // The file keeps its rows until the next save.
+        QCOMPARE(readAll(m_window->dataFolder().listFile(list)), before);
+        m_window->close();
+        QCOMPARE(readAll(m_window->dataFolder().listFile(list)), QByteArray());
+    }
+
+    void renameChangesEveryList_data()
+    {
+        QTest::addColumn<QString>("answer");
+        QTest::newRow("new name") << u"Hannes"_qs;
+        QTest::newRow("cancel") << QString();
+    }
+    void renameChangesEveryList()
+    {
+        QFETCH(QString, answer);
+        writeAll(file(QStringLiteral("List3.dat")), "DL1ABC*Hansi******0*0*20240102101500*\r\n");
+        QVERIFY(start());
+        DialogAnswerer input(QMessageBox::Ok, answer);
+        rowMenu(0);
+        trigger(QStringLiteral("mnuName"));
+        QCOMPARE(input.dialog().title, QStringLiteral("Marvik"));
+        QCOMPARE(input.dialog().text, QStringLiteral("New first name for DL1ABC in every list:"));
+        if (answer.isEmpty()) {
+            QCOMPARE(readAll(file(QStringLiteral("List1.dat"))), kList1);
+            QCOMPARE(cell(1, 0, 1), QStringLiteral("Hansi"));
+            return;
+        }
+        QCOMPARE(cell(1, 0, 1), answer);
+        QCOMPARE(cell(1, 3, 1), QStringLiteral("Hans")); // dl1abc is another callsign
+        QCOMPARE(cell(3, 0, 1), answer);
+        QCOMPARE(m_window->model(3)->index(0, 1).data(Qt::BackgroundRole).value<QColor>(), QColor(187, 238, 255));
+        QCOMPARE(readAll(file(QStringLiteral("List3.dat"))), "DL1ABC*Hannes******0*0*20240102101500*\r\n");
+        QVERIFY(readAll(file(QStringLiteral("List1.dat"))).startsWith("DL1ABC*Hannes*"));
+    }
+
+    void getOnAnEntryInTheListBlinksIt()
+    {
+        QVERIFY(start());
+        QSignalSpy lookups(m_window.get(), &gui::MainWindow::lookupRequested);
+        QTimer *blink = m_window->timer(1);
+        QCOMPARE(blink->objectName(), QStringLiteral("Timer1"));
+        QCOMPARE(blink->interval(), 250);
+        blink->setInterval(2);
+        QList<bool> red;
+        bool statusShown = true;
+        connect(blink, &QTimer::timeout, this, [&] {
+            red << (m_window->model(1)->index(2, 0).data(Qt::BackgroundRole).value<QColor>() == QColor(255, 0, 0));
+            if (red.size() < 20) {
+                statusShown = statusShown && child<QLabel>(QStringLiteral("lblStatus"))->isVisible() &&
+                              child<QLabel>(QStringLiteral("lblStatus"))->text() == u"Already in list" &&
+                              !child<QComboBox>(QStringLiteral("cboList"))->isVisible() &&
+                              !child<QRadioButton>(QStringLiteral("optSort0"))->isVisible();
+            }
+        });
+        auto *txt = child<QLineEdit>(QStringLiteral("txtCall"));
+        txt->setText(QStringLiteral("k1abc"));
+        QTest::keyClick(txt, Qt::Key_Return);
+        QCOMPARE(m_window->currentRow(), 2);
+        QVERIFY(blink->isActive());
+        QTRY_VERIFY(!blink->isActive());
+        QCOMPARE(red.size(), 20);
+        QVERIFY(statusShown);
+        for (int i = 0; i < red.size(); ++i)
+            QCOMPARE(red[i], i % 2 == 0);
+        QVERIFY(!m_window->model(1)->index(2, 0).data(Qt::BackgroundRole).isValid());
+        QVERIFY(!child<QLabel>(QStringLiteral("lblStatus"))->isVisible());
+        QVERIFY(child<QRadioButton>(QStringLiteral("optSort1"))->isVisible());
+        QCOMPARE(lookups.size(), 0);
+    }
+
+    void getOnANewCallsignGoesToTheLookup()
+    {
+        QVERIFY(start());
+        auto *txt = child<QLineEdit>(QStringLiteral("txtCall"));
+        txt->setText(QStringLiteral("w1aw"));
+        QTest::mouseClick(child<QPushButton>(QStringLiteral("cmdGet")), Qt::LeftButton);
+        // Nothing to look it up with yet: said so, nothing invented.
+        QCOMPARE(child<QLabel>(QStringLiteral("lblStatus"))->text(), QStringLiteral("Online lookups are not available yet"));
+        QSignalSpy lookups(m_window.get(), &gui::MainWindow::lookupRequested);
+        QTest::mouseClick(child<QPushButton>(QStringLiteral("cmdGet")), Qt::LeftButton);
+        QCOMPARE(lookups.size(), 1);
+        QCOMPARE(lookups[0][0].toString(), QStringLiteral("W1AW"));
+        QCOMPARE(m_window->model(1)->rowCount(), 4);
+        // A CD source starts no online lookup.
+        child<QAction>(QStringLiteral("mnuSource5"))->trigger();
+        QCOMPARE(child<QMenu>(QStringLiteral("mnuDatabase"))->title(), QStringLiteral("QRZ CD"));
+        QTest::mouseClick(child<QPushButton>(QStringLiteral("cmdGet")), Qt::LeftButton);
+        QCOMPARE(lookups.size(), 1);
+        QCOMPARE(child<QLabel>(QStringLiteral("lblStatus"))->text(), QStringLiteral("No online source selected"));
+    }
+
+    void f8PastesACallsign_data()
+    {
+        QTest::addColumn<QString>("clipboard");
+        QTest::addColumn<QString>("typed");
+        QTest::newRow("de w1abc 599") << u"de w1abc 599"_qs << u"W1ABC"_qs;
+        QTest::newRow("DE:W1ABC") << u"DE:W1ABC"_qs << u"DE:W1ABC"_qs;
+        QTest::newRow("portable") << u"w1abc/p"_qs << u"W1ABC"_qs;
+        QTest::newRow("slashed zero") << u"\u00D81ABC"_qs << u"01ABC"_qs;
+        QTest::newRow("leading blank") << u" W1ABC"_qs << QString();
+        QTest::newRow("in the list") << u"dl1abc"_qs << u"DL1ABC"_qs;
+    }
+    void f8PastesACallsign()
+    {
+        QFETCH(QString, clipboard);
+        QFETCH(QString, typed);
+        QVERIFY(start());
+        QSignalSpy lookups(m_window.get(), &gui::MainWindow::lookupRequested);
+        QGuiApplication::clipboard()->setText(clipboard);
+        auto *txt = child<QLineEdit>(QStringLiteral("txtCall"));
+        QTest::keyClick(txt, Qt::Key_F8);
+        QCOMPARE(txt->text(), typed);
+        const bool inList = typed == u"DL1ABC";
+        QCOMPARE(m_window->timer(1)->isActive(), inList);
+        QCOMPARE(lookups.size(), inList || typed.isEmpty() ? 0 : 1);
+    }
+
+    void expandAndCollapse()
+    {
+        QVERIFY(start());
+        auto *expand = child<QAction>(QStringLiteral("mnuExpand"));
+        QCOMPARE(expand->text(), QStringLiteral("  Expand  "));
+        m_window->resize(450, 400);
+        QTest::qWait(10);
+        expand->trigger();
+        QCOMPARE(expand->text(), QStringLiteral("  Collapse  "));
+        QCOMPARE(m_window->maximumWidth(), 935);
+        QTRY_COMPARE(m_window->width(), 935);
+        gui::ListGrid *g = m_window->grid(1);
+        QVERIFY(!g->isColumnHidden(4));
+        QCOMPARE(g->columnViewportPosition(6), 799);
+        QCOMPARE(child<QLabel>(QStringLiteral("lblGrid6"))->text(), QStringLiteral("Country"));
+        QVERIFY(child<QLabel>(QStringLiteral("lblGrid6"))->isVisible());
+        expand->trigger();
+        QCOMPARE(expand->text(), QStringLiteral("  Expand  "));
+        QTRY_COMPARE(m_window->width(), 450);
+        QCOMPARE(m_window->maximumWidth(), 614);
+        QCOMPARE(g->columnViewportPosition(3), 205);
+        QCOMPARE(g->columnWidth(3), 240);
+        QVERIFY(!child<QLabel>(QStringLiteral("lblGrid4"))->isVisible());
+    }
+
+    void wheelScrollsFiveRows()
+    {
+        QByteArray many;
+        for (int i = 0; i < 60; ++i)
+            many += QStringLiteral("W%1AA*A**A B******20240101000000*\r\n").arg(i, 2, 10, QLatin1Char('0')).toLatin1();
+        writeAll(file(QStringLiteral("List1.dat")), many);
+        QVERIFY(start());
+        gui::ListGrid *g = m_window->grid(1);
+        const QPoint at = cellPoint(0, 0);
+        auto wheel = [&](int delta) {
+            QWheelEvent event(at, g->viewport()->mapToGlobal(at), {}, QPoint(0, delta), Qt::NoButton, {},
+                              Qt::NoScrollPhase, false);
+            QApplication::sendEvent(g->viewport(), &event);
+        };
+        wheel(-120);
+        QCOMPARE(g->topRow(), 5);
+        wheel(-120);
+        QCOMPARE(g->topRow(), 10);
+        wheel(120);
+        QCOMPARE(g->topRow(), 5);
+        wheel(120);
+        QCOMPARE(g->topRow(), 0);
+        for (int i = 0; i < 20; ++i)
+            wheel(-120);
+        QCOMPARE(g->topRow(), 60 - g->fullyVisibleRows());
+    }
+
+    void alwaysOnTopToggles_data()
+    {
+        QTest::addColumn<int>("toggles");
+        QTest::newRow("once") << 1;
+        QTest::newRow("twice") << 2;
+    }
+    void alwaysOnTopToggles()
+    {
+        QFETCH(int, toggles);
+        QVERIFY(start());
+        auto *onTop = child<QAction>(QStringLiteral("mnuOnTop"));
+        for (int i = 0; i < toggles; ++i)
+            onTop->trigger();
+        const bool on = toggles % 2;
+        QCOMPARE(onTop->isChecked(), on);
+        QCOMPARE(bool(m_window->windowFlags() & Qt::WindowStaysOnTopHint), on);
+        QVERIFY(m_window->isVisible());
+        m_window->close();
+        QVERIFY(readAll(file(QStringLiteral("Marvik.cfg"))).contains(on ? "Startup:\r\n1\r\n" : "Startup:\r\n0\r\n"));
+    }
+
+    void aboutAndHelp()
+    {
+        QVERIFY(start());
+        DialogAnswerer answer;
+        child<QAction>(QStringLiteral("mnuAbout"))->trigger();
+        QCOMPARE(answer.dialog().text, QStringLiteral("Marvik  3.12"));
+        QCOMPARE(answer.dialog().title, QStringLiteral("Marvik"));
+        QCOMPARE(answer.dialog().icon, QMessageBox::Information);
+
+        QUrl opened;
+        UrlCatcher catcher(&opened);
+        QDesktopServices::setUrlHandler(QStringLiteral("file"), &catcher, "open");
+        child<QAction>(QStringLiteral("mnuHelp"))->trigger();
+        QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
+        QVERIFY(opened.isLocalFile());
+        QCOMPARE(QFileInfo(opened.toLocalFile()).fileName(), QStringLiteral("Help.txt"));
+        QVERIFY(readAll(opened.toLocalFile()).contains("Marvik"));
+    }
+
+    void listNamesDialog()
+    {
+        QVERIFY(start());
+        QTimer::singleShot(50, this, [this] {
+            auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget());
+            QVERIFY(dialog);
+            QCOMPARE(dialog->objectName(), QStringLiteral("Form8"));
+            auto *box = dialog->findChild<QLineEdit *>(QStringLiteral("txtListName2"));
+            QCOMPARE(box->text(), QStringLiteral("Europe"));
+            box->setText(QStringLiteral("EU"));
+            QTest::mouseClick(dialog->findChild<QPushButton *>(QStringLiteral("cmdClose")), Qt::LeftButton);
+        });
+        child<QAction>(QStringLiteral("mnuNames"))->trigger();
+        QCOMPARE(child<QComboBox>(QStringLiteral("cboList"))->itemText(2), QStringLiteral(" EU  (0)"));
+        m_window->close();
+        QVERIFY(readAll(file(QStringLiteral("Marvik.cfg"))).contains("DX\r\nList 2\r\nEU\r\nxxx list\r\n"));
+    }
+
+};
+
+int main(int argc, char *argv[])
+{
+    // Never the user's own settings or data folder.
+    QTemporaryDir home;
+    qputenv("XDG_CONFIG_HOME", home.filePath(QStringLiteral("config")).toLocal8Bit());
+    qputenv("XDG_DATA_HOME", home.filePath(QStringLiteral("data")).toLocal8Bit());
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("Marvik"));
+    TestMainWindow test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_mainwindow.moc"

@@ -1,0 +1,141 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Starts the real program on an X server with prepared data and settings
+// folders, closes its window the way a user does, and compares the files it
+// leaves behind byte for byte.
+#include <maps/Geometry.h>
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace marvik;
+
+namespace {
+
+QByteArray readAll(const QString &path)
+{
+    QFile f(path);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray("<missing>");
+}
+
+void writeAll(const QString &path, const QByteArray &bytes)
+{
+    QFile f(path);
+    QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    f.write(bytes);
+}
+
+/// Runs xdotool and returns its output; empty when it failed.
+QByteArray xdotool(const QStringList &args, int timeoutMs = 20000)
+{
+    QProcess p;
+    p.start(QStringLiteral("xdotool"), args);
+    if (!p.waitForFinished(timeoutMs) || p.exitCode() != 0)
+        return {};
+    return p.readAllStandardOutput().trimmed();
+}
+
+QByteArray bearing(double lat, double lon)
+{
+    // The list files hold "°" as the single Windows-1252 byte 0xB0.
+    return QByteArray::number(maps::bearingFrom({48.2, 16.37}, lat, lon).degrees) + '\xB0';
+}
+
+} // namespace
+
+class TestEndToEnd : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void closeWritesEverythingBack()
+    {
+        QTemporaryDir tmp;
+        QVERIFY(tmp.isValid());
+        const QString data = tmp.filePath(QStringLiteral("data"));
+        const QString config = tmp.filePath(QStringLiteral("config"));
+        QVERIFY(QDir().mkpath(data + QStringLiteral("/Maps")));
+        QVERIFY(QDir().mkpath(config + QStringLiteral("/Marvik")));
+        writeAll(data + QStringLiteral("/Maps/WorldMap.bmp"), "BM");
+        writeAll(data + QStringLiteral("/Maps/EuropeMap.bmp"), "BM");
+        writeAll(data + QStringLiteral("/Maps/Notes.txt"), "not a map");
+        // Sort mode 1, an always-on-top of 5 (read as 1), an empty third list name.
+        writeAll(data + QStringLiteral("/Marvik.cfg"),
+                 "LatLon:\r\n48.2\r\n16.37\r\nSort:\r\n 1 \r\n 0 \r\nStartup:\r\n5\r\nOE1XYZ\r\n\r\n\r\n"
+                 " 3 \r\n 0 \r\nDX\r\nEurope\r\n\r\nSkeds\r\nOld\r\n1\r\nMaps:\r\n 1 \r\nWORLDMAP*3*4\r\n");
+        // A stale bearing, a slashed zero in a callsign, rows out of order.
+        writeAll(data + QStringLiteral("/List1.dat"),
+                 "G4XYZ*Bob*123\xB0*Robert Smith*12 High Street*Leeds*England*53.8*-1.55*20231231220000*\r\n"
+                 "DL\xD8" "ABC*Hansi**Hans Meyer*Hauptstr. 12*Berlin*Germany*52.52*13.405*20240102101500*x\r\n"
+                 "F5ABC*Jean**Jean Dupont*3 Rue*Paris*France*0*2.35*20240112154500*\r\n");
+        const QByteArray list2 = "K1ABC*Jim**James Taylor*45 Elm Rd*Boston, MA*USA*42.36*-71.06*20240105093000*\r\n";
+        writeAll(data + QStringLiteral("/List2.dat"), list2);
+        writeAll(config + QStringLiteral("/Marvik/Marvik.conf"),
+                 "[Me]\nLeft=1500\nTop=1200\nWidth=6000\nHeight=7000\n");
+
+        QProcess marvik;
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert(QStringLiteral("XDG_CONFIG_HOME"), config);
+        env.insert(QStringLiteral("XDG_DATA_HOME"), tmp.filePath(QStringLiteral("xdg-data")));
+        marvik.setProcessEnvironment(env);
+        marvik.setProcessChannelMode(QProcess::ForwardedChannels);
+        marvik.start(QStringLiteral(MARVIK_BIN_DIR "/marvik"), {QStringLiteral("--data-dir"), data});
+        QVERIFY(marvik.waitForStarted());
+
+        const QByteArray window = xdotool({QStringLiteral("search"), QStringLiteral("--sync"),
+                                           QStringLiteral("--onlyvisible"), QStringLiteral("--name"),
+                                           QStringLiteral("^Marvik  3\\.12$")})
+                                      .split('\n')
+                                      .value(0);
+        QVERIFY2(!window.isEmpty(), "the main window did not appear");
+        QTest::qWait(500);
+        // Alt+F4 through the window manager: the close a user makes.
+        xdotool({QStringLiteral("windowactivate"), QStringLiteral("--sync"), QString::fromLatin1(window)});
+        xdotool({QStringLiteral("key"), QStringLiteral("--clearmodifiers"), QStringLiteral("alt+F4")});
+        if (!marvik.waitForFinished(20000)) {
+            marvik.kill();
+            QFAIL("Marvik did not close on Alt+F4");
+        }
+        QCOMPARE(marvik.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(marvik.exitCode(), 0);
+
+        // The loader's sort turned sort mode 1 into 9, and 9 is written as it stands.
+        const QByteArray cfg = readAll(data + QStringLiteral("/Marvik.cfg"));
+        QCOMPARE(cfg, QByteArray("LatLon:\r\n 48.2\r\n 16.37\r\nSort:\r\n 9 \r\n 0 \r\nStartup:\r\n1\r\nOE1XYZ\r\n"
+                                 "\r\n\r\n 3 \r\n 0 \r\nDX\r\nEurope\r\nList 3\r\nSkeds\r\nOld\r\n1\r\nMaps:\r\n 1 \r\n"
+                                 "EuropeMap**\r\nWorldMap*3*4\r\n"));
+        const QList<QByteArray> lines = cfg.split('\n');
+        QCOMPARE(lines.size() - 1, 21 + 2);
+        QCOMPARE(lines[9], QByteArray("\r"));
+        QCOMPARE(lines[10], QByteArray("\r"));
+
+        QCOMPARE(readAll(data + QStringLiteral("/List1.dat")),
+                 "F5ABC*Jean**Jean Dupont*3 Rue*Paris*France*0*2.35*20240112154500*\r\n"
+                 "DL0ABC*Hansi*" + bearing(52.52, 13.405) +
+                     "*Hans Meyer*Hauptstr. 12*Berlin*Germany*52.52*13.405*20240102101500*x\r\n"
+                     "G4XYZ*Bob*" + bearing(53.8, -1.55) +
+                     "*Robert Smith*12 High Street*Leeds*England*53.8*-1.55*20231231220000*\r\n");
+        // A list loaded in the background is not sorted, only rewritten.
+        QCOMPARE(readAll(data + QStringLiteral("/List2.dat")),
+                 "K1ABC*Jim*" + bearing(42.36, -71.06) +
+                     "*James Taylor*45 Elm Rd*Boston, MA*USA*42.36*-71.06*20240105093000*\r\n");
+        for (int n = 3; n <= 5; ++n)
+            QCOMPARE(readAll(data + QStringLiteral("/List%1.dat").arg(n)), QByteArray());
+
+        QSettings store(config + QStringLiteral("/Marvik/Marvik.conf"), QSettings::IniFormat);
+        QCOMPARE(store.value(QStringLiteral("Me/Width")).toString(), QStringLiteral("6000"));
+        // 7000 twips is 466 whole pixels, which is 6990 twips.
+        QCOMPARE(store.value(QStringLiteral("Me/Height")).toString(), QStringLiteral("6990"));
+        for (const QString &key : {QStringLiteral("Me/Left"), QStringLiteral("Me/Top")}) {
+            bool ok = false;
+            const int twips = store.value(key).toString().toInt(&ok);
+            QVERIFY2(ok && twips % 15 == 0, qPrintable(key));
+        }
+    }
+};
+
+QTEST_GUILESS_MAIN(TestEndToEnd)
+#include "tst_e2e.moc"

@@ -382,7 +382,7 @@ bool MainWindow::startUp()
     }
 
     m_cboList->setCurrentIndex(m_settings.currentList - 1);
-    listSwitch(m_settings.currentList - 1);
+    switchToList(m_settings.currentList - 1, true);
     reportDamagedLists();
     return true;
 }
@@ -404,8 +404,10 @@ void MainWindow::readConfiguration()
 void MainWindow::loadList(int n)
 {
     const QString path = m_data.listFile(n);
+    const QFileInfo before(path);
     const lists::LoadReport report =
         lists::loadList(*model(n), path, loadContext(), m_settings.sortMode, !m_starting);
+    m_loaded[std::size_t(n - 1)] = {before.size(), before.lastModified(), report.complete()};
     if (report.complete())
         return;
     // Each damaged file is copied aside and reported once per run, not at
@@ -587,11 +589,26 @@ void MainWindow::optSortClicked(int index)
 
 void MainWindow::listSwitch(int index)
 {
+    switchToList(index, false);
+}
+
+void MainWindow::switchToList(int index, bool atStartUp)
+{
     if (m_starting || index < 0 || index > 4)
         return;
     m_stack->setCurrentIndex(index);
-    if (QFileInfo::exists(m_data.listFile(index + 1)))
-        loadList(index + 1);
+    const int n = index + 1;
+    const QFileInfo file(m_data.listFile(n));
+    if (file.exists()) {
+        // The first switch follows the load of every list at once; when the
+        // file is as it was then, reading it again would give the same rows,
+        // so only the sort that the load skipped is done.
+        const LoadedFile &loaded = m_loaded[std::size_t(index)];
+        if (atStartUp && loaded.complete && loaded.size == file.size() && loaded.modified == file.lastModified())
+            sortGrid(n, m_settings.sortMode);
+        else
+            loadList(n);
+    }
     reportDamagedLists();
     m_txtCall->setFocus();
 }

@@ -6,6 +6,7 @@
 #include <core/i18n/Texts.h>
 #include <core/lists/CallListModel.h>
 
+#include <QDateTime>
 #include <QMainWindow>
 #include <QSet>
 
@@ -151,6 +152,7 @@ private:
 
     void optSortClicked(int index);
     void listSwitch(int index);
+    void switchToList(int index, bool atStartUp);
     void expandClicked();
     void gridMouseUp(Qt::MouseButton button, QPoint pos);
     void preparePopup(int row);
@@ -181,6 +183,14 @@ private:
     int m_maxWindowWidth = 614;
     QStringList m_damaged;
     QSet<QString> m_reportedDamage;
+    /// What each list file was when it was last read.
+    struct LoadedFile
+    {
+        qint64 size = -1;
+        QDateTime modified;
+        bool complete = false;
+    };
+    std::array<LoadedFile, 5> m_loaded{};
 
     // The blink of an entry already in the list.
     int m_blinkCount = 0;

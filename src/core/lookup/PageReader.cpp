@@ -4,6 +4,8 @@
 #include "SourceSettings.h"
 #include "app/Number.h"
 
+#include <cmath>
+
 namespace marvik::lookup {
 
 using pagetext::cut;
@@ -88,17 +90,16 @@ QString PageReader::nameQrzCq(ReaderEvent &event)
         return {};
     }
     // The first non-empty line after the domain's line. The Windows program
-    // counted its loop up twice per pass, so only ten lines are ever tried;
-    // an empty name is no "not found".
+    // counted its loop of 1 to 20 up twice per pass, so only ten lines are
+    // ever tried; an empty name is no "not found".
     QString line;
-    for (int pass = 1; pass <= 20; ++pass) {
+    for (int pass = 1; pass <= 20; pass += 2) {
         p = find(m_text, kCrLf, p);
         m_cursor = find(m_text, kCrLf, p + 2);
         line = cut(m_text, p + 2, m_cursor - p - 2);
         if (!line.isEmpty())
             break;
         p = m_cursor;
-        ++pass;
     }
     return line;
 }
@@ -188,6 +189,10 @@ double PageReader::coordinate(QStringView marker, int longitudeShift)
     m_cursor = int(e);
     const QString text = cut(m_text, p + d, e - p - d);
     double value = app::val(text);
+    // A page's "&H" followed by a long run of hex digits reads as infinity;
+    // no position is better than one that poisons every distance.
+    if (!std::isfinite(value))
+        value = 0;
     // HamCall prints unsigned degrees with a hemisphere letter; the others
     // print the sign.
     if (m_dataBase == HamCall && text.endsWith(longitudeShift ? u'W' : u'S'))

@@ -251,6 +251,8 @@ void TestPageReader::coordinates_data()
     QTest::newRow("eHam colon") << int(EHam) << u"Latitude:-33.9\r\nLongitude: 151.2\r\n"_qs << -33.9 << 151.2;
     QTest::newRow("eHam without separator loses a digit") << int(EHam) << u"Latitude41.5\r\nLongitude72.5\r\n"_qs << 1.5
                                                       << 2.5;
+    QTest::newRow("hex overflow reads as no position")
+        << int(Callook) << u"Latitude: &H"_qs + QString(400, u'F') + u"\r\nLongitude: &H1F\r\n"_qs << 0.0 << 31.0;
     QTest::newRow("no marker") << int(QrzCq) << u"Lat 41.7 "_qs << 0.0 << 0.0;
 }
 

@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Feeds arbitrary bytes to the page decoder and the innerText rendering;
+// the text must come back with every line break as CR LF.
+#include "lookup/HtmlText.h"
+
+#include <cstdlib>
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    using namespace marvik::lookup;
+    QByteArrayView bytes(data, qsizetype(size));
+    // The first byte picks a Content-Type header, so the header's charset
+    // is fuzzed as well as the page's own declarations.
+    QByteArrayView contentType;
+    if (!bytes.isEmpty()) {
+        static const char *const types[] = {"", "text/html; charset=utf-8", "text/html; charset=iso-8859-1",
+                                            "text/html; charset=koi8-r", "text/html; charset=utf-16"};
+        contentType = types[std::uint8_t(bytes[0]) % 5];
+        bytes = bytes.sliced(1);
+    }
+    const QString text = htmlDecode(decodePage(bytes, contentType));
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        if (text[i] == u'\n' && (i == 0 || text[i - 1] != u'\r'))
+            std::abort();
+        if (text[i] == u'\r' && (i + 1 == text.size() || text[i + 1] != u'\n'))
+            std::abort();
+    }
+    return 0;
+}

@@ -754,7 +754,7 @@ void MainWindow::preparePopup(int row)
     const bool edit = hooked(QMetaMethod::fromSignal(&MainWindow::addEditRequested));
     m_mnuAddNew->setEnabled(edit);
     m_mnuManUpdate->setEnabled(edit);
-    m_mnuUpdate->setEnabled(hooked(QMetaMethod::fromSignal(&MainWindow::updateRequested)) && m_currentSource <= 4);
+    m_mnuUpdate->setEnabled(hooked(QMetaMethod::fromSignal(&MainWindow::updateRequested)));
     m_mnu4->setEnabled(hooked(QMetaMethod::fromSignal(&MainWindow::pasteListRequested)));
     m_mnu5->setEnabled(hooked(QMetaMethod::fromSignal(&MainWindow::copyListRequested)));
     m_mnu6->setEnabled(hooked(QMetaMethod::fromSignal(&MainWindow::printListRequested)));

@@ -34,7 +34,7 @@ double radixWhole(QStringView text, qsizetype i, int radix)
         value = value * radix + digit;
         any = true;
     }
-    return any ? value : 0;
+    return any && std::isfinite(value) ? value : 0;
 }
 
 } // namespace

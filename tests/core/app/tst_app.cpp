@@ -92,6 +92,7 @@ void TestApp::val_data()
     QTest::newRow("leading point") << QStringLiteral(".5") << 0.5;
     QTest::newRow("degree sign stops") << QStringLiteral("123\u00B0") << 123.0;
     QTest::newRow("overflow gives 0") << QStringLiteral("1e999") << 0.0;
+    QTest::newRow("hexadecimal overflow gives 0") << QStringLiteral("&H") + QString(300, u'F') << 0.0;
     QTest::newRow("tab and line feed skipped") << QStringLiteral("\t\n-3") << -3.0;
     QTest::newRow("carriage return stops") << QStringLiteral("4\r5") << 4.0;
 }

@@ -18,12 +18,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const QStringList lines = configLines(s);
     if (lines.size() != 21 + s.maps.size() || !lines[9].isEmpty() || !lines[10].isEmpty())
         std::abort();
-    // Texts with line breaks cannot survive a line-based file, and a callsign
-    // or list name reading "Maps:" ends the numbered part early; anything
-    // else must come back.
+    // Texts with line breaks cannot survive a line-based file, a callsign or
+    // list name reading "Maps:" ends the numbered part early, and a map line
+    // loses its trailing blanks when read as an item; anything else must come back.
     for (qsizetype i = 0; i < lines.size(); ++i) {
         const QString &l = lines[i];
-        if (l.contains(u'\r') || l.contains(u'\n') || l.contains(u',') || (i < 19 && l == QLatin1String("Maps:")))
+        if (l.contains(u'\r') || l.contains(u'\n') || l.contains(u',') || (i < 19 && l == QLatin1String("Maps:"))
+            || (i >= 21 && (l.endsWith(u' ') || l.endsWith(u'\t'))))
             return 0;
     }
     Settings back;

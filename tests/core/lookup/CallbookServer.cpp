@@ -1,9 +1,84 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "CallbookServer.h"
 
+#include <QBuffer>
+#include <QImage>
+#include <QImageWriter>
 #include <QPointer>
 #include <QTcpSocket>
 #include <QTimer>
+
+namespace {
+
+// A GIF by hand (Qt writes none): LZW codes of three bits, with a clear
+// code after every two pixels so the code width never grows. Frames after
+// the first alternate black and blue, 100 ms apart.
+QByteArray gifBytes(QSize size, int frames)
+{
+    QByteArray gif("GIF89a");
+    auto word = [&](int v) { gif += char(v & 0xff); gif += char(v >> 8); };
+    word(size.width());
+    word(size.height());
+    gif += QByteArray("\xF1\x00\x00", 3); // 4-colour global table
+    gif += QByteArray("\x00\x00\x00\x28\x78\xC8", 6); // black, (40,120,200)
+    gif += QByteArray(6, '\0');
+    for (int frame = 0; frame < frames; ++frame) {
+        if (frames > 1)
+            gif += QByteArray("\x21\xF9\x04\x00\x0A\x00\x00\x00", 8); // 10/100 s delay
+        gif += '\x2C';
+        word(0);
+        word(0);
+        word(size.width());
+        word(size.height());
+        gif += '\0';
+        gif += '\x02'; // minimum code size
+        QByteArray data;
+        quint32 bits = 0;
+        int count = 0;
+        auto code = [&](int c) {
+            bits |= quint32(c) << count;
+            count += 3;
+            while (count >= 8) {
+                data += char(bits & 0xff);
+                bits >>= 8;
+                count -= 8;
+            }
+        };
+        const int pixels = size.width() * size.height();
+        for (int i = 0; i < pixels; ++i) {
+            if (i % 2 == 0)
+                code(4); // clear
+            code(frame % 2 ? 0 : 1);
+        }
+        code(5); // end
+        if (count > 0)
+            data += char(bits & 0xff);
+        for (qsizetype at = 0; at < data.size(); at += 255) {
+            const QByteArray block = data.mid(at, 255);
+            gif += char(block.size());
+            gif += block;
+        }
+        gif += '\0';
+    }
+    gif += '\x3B';
+    return gif;
+}
+
+} // namespace
+
+QByteArray CallbookServer::picture(const char *format, QSize size, int frames)
+{
+    if (qstrcmp(format, "gif") == 0)
+        return gifBytes(size, frames);
+    QImage image(size, QImage::Format_RGB32);
+    image.fill(QColor(40, 120, 200));
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    QImageWriter(&buffer, format).write(image);
+    return bytes;
+}
+
 
 CallbookServer::CallbookServer(QObject *parent)
     : QTcpServer(parent)

@@ -4,6 +4,7 @@
 #include <QByteArray>
 #include <QHash>
 #include <QList>
+#include <QSize>
 #include <QStringList>
 #include <QTcpServer>
 
@@ -28,6 +29,10 @@ public:
     };
 
     explicit CallbookServer(QObject *parent = nullptr);
+
+    /// The file bytes of a plain blue picture in `format` ("jpeg", "png",
+    /// "bmp", "gif"); a GIF of several `frames` is animated.
+    static QByteArray picture(const char *format, QSize size = QSize(200, 100), int frames = 1);
 
     /// http://127.0.0.1:<port>
     QString base() const;

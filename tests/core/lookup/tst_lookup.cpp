@@ -12,10 +12,8 @@
 #include "lookup/PictureDownloader.h"
 #include "lookup/PictureFiles.h"
 
-#include <QBuffer>
 #include <QFile>
 #include <QImage>
-#include <QImageWriter>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QNetworkAccessManager>
@@ -42,68 +40,6 @@ Answer page(const QByteArray &body, int delayMs = 0)
     a.body = body;
     a.delayMs = delayMs;
     return a;
-}
-
-/// A one-colour GIF (Qt writes none): LZW codes of three bits, with a clear
-/// code after every two pixels so the code width never grows.
-QByteArray gifBytes(QSize size)
-{
-    QByteArray gif("GIF89a");
-    auto word = [&](int v) { gif += char(v & 0xff); gif += char(v >> 8); };
-    word(size.width());
-    word(size.height());
-    gif += QByteArray("\xF1\x00\x00", 3); // 4-colour global table
-    gif += QByteArray("\x00\x00\x00\x28\x78\xC8", 6); // black, (40,120,200)
-    gif += QByteArray(6, '\0');
-    gif += '\x2C';
-    word(0);
-    word(0);
-    word(size.width());
-    word(size.height());
-    gif += '\0';
-    gif += '\x02'; // minimum code size
-    QByteArray data;
-    quint32 bits = 0;
-    int count = 0;
-    auto code = [&](int c) {
-        bits |= quint32(c) << count;
-        count += 3;
-        while (count >= 8) {
-            data += char(bits & 0xff);
-            bits >>= 8;
-            count -= 8;
-        }
-    };
-    const int pixels = size.width() * size.height();
-    for (int i = 0; i < pixels; ++i) {
-        if (i % 2 == 0)
-            code(4); // clear
-        code(1);
-    }
-    code(5); // end
-    if (count > 0)
-        data += char(bits & 0xff);
-    for (qsizetype at = 0; at < data.size(); at += 255) {
-        const QByteArray block = data.mid(at, 255);
-        gif += char(block.size());
-        gif += block;
-    }
-    gif += '\0';
-    gif += '\x3B';
-    return gif;
-}
-
-QByteArray pictureBytes(const char *format, QSize size = QSize(200, 100))
-{
-    if (qstrcmp(format, "gif") == 0)
-        return gifBytes(size);
-    QImage image(size, QImage::Format_RGB32);
-    image.fill(QColor(40, 120, 200));
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    QImageWriter(&buffer, format).write(image);
-    return bytes;
 }
 
 } // namespace
@@ -336,7 +272,7 @@ void TestLookUp::latLon()
 void TestLookUp::updatesAndPictureRequests()
 {
     m_server->answer(u"/updates"_qs, page("<p>Marvik 3.13</p><p>is out</p>"));
-    const QByteArray jpeg = pictureBytes("jpeg");
+    const QByteArray jpeg = CallbookServer::picture("jpeg");
     Answer picture = page(jpeg);
     picture.contentType = "image/jpeg";
     m_server->answer(u"/pics/w/w1aw/w1aw.jpg"_qs, picture);
@@ -425,7 +361,7 @@ void TestLookUp::pictures()
     QFETCH(QByteArray, format);
     QFETCH(QSize, size);
     QFETCH(QSize, thumbnail);
-    const QByteArray bytes = pictureBytes(format.constData(), size);
+    const QByteArray bytes = CallbookServer::picture(format.constData(), size);
     QCOMPARE(QImage::fromData(bytes).size(), size);
     m_server->answer(u"/pics/w/ve3%2Fw1aw/ve3%2Fw1aw.jpg"_qs, page(bytes));
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/MainWindow.h"
+#include "lookup/LookupController.h"
 
 #include <core/app/DataFolder.h>
 
@@ -27,6 +28,8 @@ void onTerminate(int)
 
 int main(int argc, char *argv[])
 {
+    // The log-in browser window shares OpenGL contexts with the widgets.
+    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Marvik"));
     QApplication::setApplicationVersion(QStringLiteral("3.12"));
@@ -49,6 +52,9 @@ int main(int argc, char *argv[])
     marvik::gui::MainWindow window(parser.value(dataDir));
     if (!window.startUp())
         return 0;
+    // Made after start-up, so its first log-in check asks the source the
+    // configuration chose.
+    new marvik::gui::LookupController(&window);
 
     // SIGTERM and SIGINT close the window the normal way, so the lists and
     // the configuration are written as at any other exit.

@@ -20,6 +20,15 @@ Texts Texts::english()
     t.menuSatellite = QStringLiteral("Google satellite view of xxx");
     t.noOnlineSource = QStringLiteral("No online source selected");
     t.lookupUnavailable = QStringLiteral("Online lookups are not available yet");
+    t.notFound = QStringLiteral("xxx not found");
+    t.loginRequired = QStringLiteral("Details require a log-in to QRZ.com");
+    t.pageUnreadable = QStringLiteral("The page of xxx on ??? could not be read");
+    t.networkFailure = QStringLiteral("xxx not found: ???");
+    t.noPicture = QStringLiteral("No picture of xxx: ???");
+    t.loggedIn = QStringLiteral("  (Logged in)");
+    t.loginNeeded = QStringLiteral("  (Login required)");
+    t.loginNotNeeded = QStringLiteral("  (Login not required)");
+    t.menuLogin = QStringLiteral("Log in to ???\u2026");
     return t;
 }
 

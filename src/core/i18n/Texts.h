@@ -22,6 +22,15 @@ struct Texts
     QString menuSatellite;    ///< row menu: satellite view ("xxx")
     QString noOnlineSource;   ///< status line when a CD source is chosen
     QString lookupUnavailable; ///< status line when no lookup is wired in
+    QString notFound;         ///< status line: no such call, or no answer in time ("xxx")
+    QString loginRequired;    ///< status line: the callbook shows details to logged-in users only
+    QString pageUnreadable;   ///< status line: a callbook page not in the shape expected ("xxx", "???")
+    QString networkFailure;   ///< status line: the callbook could not be reached ("xxx", "???": why)
+    QString noPicture;        ///< status line: no picture for a call ("xxx", "???": why)
+    QString loggedIn;         ///< Database menu suffix
+    QString loginNeeded;      ///< Database menu suffix
+    QString loginNotNeeded;   ///< Database menu suffix for a source without log-ins
+    QString menuLogin;        ///< Database menu: open the source's site to log in ("???")
 
     /// The built-in English texts.
     static Texts english();

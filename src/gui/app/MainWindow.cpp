@@ -28,6 +28,7 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QMetaMethod>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSet>
@@ -122,6 +123,9 @@ void MainWindow::buildMenus()
         connect(a, &QAction::triggered, this, [this, i] { chooseSource(i); });
         m_mnuSource[std::size_t(i)] = a;
     }
+    named(m_mnuDatabase->addSeparator(), QStringLiteral("mnuSepLogin"));
+    m_mnuLogin = named(m_mnuDatabase->addAction(QStringLiteral("Log in")), QStringLiteral("mnuLogin"));
+    connect(m_mnuLogin, &QAction::triggered, this, &MainWindow::loginRequested);
 
     m_mnuExpand = named(bar->addAction(kExpandCaption), QStringLiteral("mnuExpand"));
     connect(m_mnuExpand, &QAction::triggered, this, &MainWindow::expandClicked);
@@ -175,7 +179,7 @@ void MainWindow::buildMenus()
     m_mnuShowPic = named(m_mnuPopup->addAction(QStringLiteral("Show image")), QStringLiteral("mnuShowPic"));
     connect(m_mnuShowPic, &QAction::triggered, this, [this] {
         if (currentRow() >= 0)
-            emit pictureRequested(currentRow());
+            emit pictureRequested(currentRow(), false);
     });
     m_mnuName = named(m_mnuPopup->addAction(QStringLiteral("Name")), QStringLiteral("mnuName"));
     connect(m_mnuName, &QAction::triggered, this, &MainWindow::changeFirstName);
@@ -281,6 +285,13 @@ void MainWindow::buildControls()
     m_lblStatus->setFont(bold);
     setAlarmLook(m_lblStatus, false);
     m_lblStatus->hide();
+
+    m_picProgress = new QProgressBar(central);
+    m_picProgress->setObjectName(QStringLiteral("picProgress"));
+    m_picProgress->setTextVisible(false);
+    m_picProgress->setFocusPolicy(Qt::NoFocus);
+    m_picProgress->setToolTip(QStringLiteral("Downloading the operator's picture"));
+    m_picProgress->hide();
 
     m_heading = new HeadingBar(central);
 
@@ -682,6 +693,8 @@ void MainWindow::layoutControls()
     m_cmdGet->setGeometry(118, y1, 52, rowHeight);
     m_cmdMap->setGeometry(174, y1, 52, rowHeight);
     m_cboList->setGeometry(232, y1, std::clamp(w - 236, 60, 240), rowHeight);
+    const int progressLeft = m_cboList->geometry().right() + 8;
+    m_picProgress->setGeometry(progressLeft, y1 + rowHeight / 4, std::max(30, w - progressLeft - 6), rowHeight / 2);
 
     const int opt0 = m_optSort[0]->sizeHint().width();
     m_optSort[0]->setGeometry(6, y2, opt0, rowHeight);
@@ -717,7 +730,7 @@ void MainWindow::gridMouseUp(Qt::MouseButton button, QPoint pos)
 
     const lists::CallRecord &record = currentModel()->record(row);
     if (lists::inThumbnailZone(pos.x() * kTwips) && !record.thumbnail.isEmpty())
-        emit pictureRequested(row);
+        emit pictureRequested(row, true);
     emit currentRowChanged(row);
 
     if (button == Qt::RightButton) {
@@ -777,6 +790,8 @@ void MainWindow::refreshHookStates()
     m_cmdMap->setEnabled(hooked(QMetaMethod::fromSignal(&MainWindow::mapRequested)));
     m_mnuAdd->setEnabled(hooked(QMetaMethod::fromSignal(&MainWindow::addEditRequested)));
     m_mnuLatLon->setEnabled(hooked(QMetaMethod::fromSignal(&MainWindow::setupRequested)));
+    m_mnuLogin->setEnabled(m_currentSource <= 4 && hooked(QMetaMethod::fromSignal(&MainWindow::loginRequested)));
+    m_mnuLogin->setText(i18n::fillIn(m_texts.menuLogin, QString(), m_sourceLabel));
     const bool languages = hooked(QMetaMethod::fromSignal(&MainWindow::languageRequested));
     for (QAction *a : m_mnuLang)
         a->setEnabled(languages);
@@ -887,6 +902,24 @@ void MainWindow::setDatabaseCaption(const QString &caption)
     m_mnuDatabase->setTitle(caption);
 }
 
+void MainWindow::showPictureProgress(qint64 done, qint64 total)
+{
+    // QProgressBar counts in int; large totals are scaled to thousandths.
+    if (total > 0) {
+        m_picProgress->setRange(0, 1000);
+        m_picProgress->setValue(int(std::clamp<qint64>(done * 1000 / total, 0, 1000)));
+    } else {
+        m_picProgress->setRange(0, 0);
+    }
+    m_picProgress->show();
+}
+
+void MainWindow::hidePictureProgress()
+{
+    m_picProgress->hide();
+    m_picProgress->reset();
+}
+
 // ---------------------------------------------------------------- sources
 
 void MainWindow::chooseSource(int index)
@@ -908,6 +941,7 @@ void MainWindow::chooseSource(int index)
         m_sourceLabel = QString::fromUtf16(kSourceNames[index]);
     }
     setDatabaseCaption(m_sourceLabel);
+    refreshHookStates();
     emit sourceChanged(index);
 }
 

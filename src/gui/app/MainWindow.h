@@ -19,6 +19,7 @@ class QLabel;
 class QLineEdit;
 class QLockFile;
 class QMenu;
+class QProgressBar;
 class QPushButton;
 class QRadioButton;
 class QSettings;
@@ -73,6 +74,9 @@ public:
     QLineEdit *callBox() const { return m_txtCall; }
     QLabel *statusLabel() const { return m_lblStatus; }
     QTimer *timer(int n) const { return m_timers.at(std::size_t(n - 1)); }
+    /// The settings store the window was given (group "Sources" says where
+    /// the callbooks are).
+    QSettings *store() const { return m_store; }
 
 public slots:
     /// Sorts list `n` with a selector passed on by reference (see CallListModel::sortList).
@@ -96,6 +100,10 @@ public slots:
     void getCall();
     /// Re-evaluates which hook-driven items are enabled.
     void refreshHookStates();
+    /// The picture download's progress beside the list chooser; a total
+    /// of 0 or less (unknown) shows a busy bar.
+    void showPictureProgress(qint64 done, qint64 total);
+    void hidePictureProgress();
 
 signals:
     /// Get or F8 for a callsign not in the current list: look it up on the
@@ -103,8 +111,11 @@ signals:
     void lookupRequested(const QString &callsign);
     /// "Update": look the row's callsign up again.
     void updateRequested(int row);
-    /// Thumbnail click or "Show image": the operator's full picture.
-    void pictureRequested(int row);
+    /// Thumbnail click or "Show image": the operator's full picture. After a
+    /// thumbnail click the pointer moves into the viewer.
+    void pictureRequested(int row, bool fromThumbnail);
+    /// "Log in": the current online source's site in a browser window.
+    void loginRequested();
     /// "Manually add or edit data" / "Manually add new callsign" (row -1)
     /// and "Update Manually" (the row).
     void addEditRequested(int row);
@@ -209,9 +220,11 @@ private:
     QComboBox *m_cboList = nullptr;
     std::array<QRadioButton *, 2> m_optSort{};
     QLabel *m_lblStatus = nullptr;
+    QProgressBar *m_picProgress = nullptr;
 
     QMenu *m_mnuDatabase = nullptr;
     std::array<QAction *, 7> m_mnuSource{};
+    QAction *m_mnuLogin = nullptr;
     QAction *m_mnuExpand = nullptr;
     QAction *m_mnuAdd = nullptr;
     QAction *m_mnuLatLon = nullptr;

@@ -1,0 +1,355 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Lookups through the real main window against a local server that plays
+// the callbooks and the picture host: Get, the status line and its timers,
+// the Database menu's log-in state, Update, pictures and the viewer.
+#include "GuiTestUtil.h"
+#include "core/lookup/CallbookServer.h"
+
+#include <app/MainWindow.h>
+#include <dialogs/ImageViewer.h>
+#include <lists/ListGrid.h>
+#include <lookup/LookupController.h>
+#include <core/app/Config.h>
+#include <core/lists/CallListModel.h>
+#include <core/lookup/SourceSettings.h>
+#include <core/maps/Geometry.h>
+
+#include <QAction>
+#include <QComboBox>
+#include <QCursor>
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QImage>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMovie>
+#include <QPointer>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+
+#include <memory>
+
+using namespace marvik;
+using Answer = CallbookServer::Answer;
+using test::DialogAnswerer;
+using test::readAll;
+using test::writeAll;
+
+namespace {
+
+const maps::Position kMe{51.5, -0.12};
+
+QByteArray fixture(const char *name)
+{
+    return readAll(QStringLiteral(MARVIK_TEST_DATA "/lookup/") + QString::fromLatin1(name));
+}
+
+Answer page(const QByteArray &body, int delayMs = 0)
+{
+    Answer a;
+    a.body = body;
+    a.delayMs = delayMs;
+    return a;
+}
+
+Answer picture(const QByteArray &bytes)
+{
+    Answer a;
+    a.body = bytes;
+    a.contentType = "image/jpeg";
+    return a;
+}
+
+} // namespace
+
+class TestLookupWindow : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<QTemporaryDir> m_dir;
+    std::unique_ptr<QSettings> m_store;
+    std::unique_ptr<CallbookServer> m_server;
+    std::unique_ptr<gui::MainWindow> m_window;
+
+    QString file(const QString &name) const { return m_dir->filePath(name); }
+    template<typename T>
+    T *child(const QString &name) const { return m_window->findChild<T *>(name); }
+    QLabel *status() const { return child<QLabel>(QStringLiteral("lblStatus")); }
+    QString cell(int row, int column) const { return m_window->model(1)->index(row, column).data().toString(); }
+
+    gui::MainWindow *start()
+    {
+        m_window = std::make_unique<gui::MainWindow>(m_dir->path(), m_store.get());
+        if (!m_window->startUp())
+            return nullptr;
+        new gui::LookupController(m_window.get());
+        m_window->show();
+        if (!QTest::qWaitForWindowExposed(m_window.get()))
+            return nullptr;
+        // The status line goes to rest sooner than the user's 4 s.
+        m_window->timer(3)->setInterval(150);
+        return m_window.get();
+    }
+    void get(const QString &typed)
+    {
+        child<QLineEdit>(QStringLiteral("txtCall"))->setText(typed);
+        QTest::mouseClick(child<QPushButton>(QStringLiteral("cmdGet")), Qt::LeftButton);
+    }
+    QString caption() const { return child<QMenu>(QStringLiteral("mnuDatabase"))->title(); }
+
+private slots:
+    void init()
+    {
+        m_dir = std::make_unique<QTemporaryDir>();
+        QVERIFY(m_dir->isValid());
+        QDir(m_dir->path()).mkpath(QStringLiteral("Maps"));
+        QDir(m_dir->path()).mkpath(QStringLiteral("Images/Thumbs"));
+        writeAll(file(QStringLiteral("Maps/WorldMap.bmp")), "BM");
+        app::Settings settings;
+        settings.me = kMe;
+        settings.ownCallsign = QStringLiteral("K1ABC");
+        settings.defaultDatabase = 1; // QRZ
+        QVERIFY(app::writeConfig(file(QStringLiteral("Marvik.cfg")), settings));
+
+        m_server = std::make_unique<CallbookServer>();
+        QVERIFY(m_server->isListening());
+        m_store = std::make_unique<QSettings>(file(QStringLiteral("settings.ini")), QSettings::IniFormat);
+        lookup::SourceSettings sources;
+        for (int db = lookup::kFirstSource; db <= lookup::kLastSource; ++db)
+            sources.setHost(db, m_server->base());
+        sources.setPicturesHost(m_server->base() + QStringLiteral("/pics/"));
+        sources.save(*m_store);
+        // The site page of every source: QRZ shows the own call when logged in.
+        m_server->answer(QStringLiteral("/"), page("<p>QRZ.com callook eHam.net</p><p>Login</p>"));
+    }
+
+    void cleanup()
+    {
+        m_window.reset();
+        m_store.reset();
+        m_server.reset();
+        m_dir.reset();
+    }
+
+    void wholeLookup()
+    {
+        const QByteArray jpeg = CallbookServer::picture("jpeg", QSize(200, 100));
+        m_server->answer(QStringLiteral("/db/W1AW"), page(fixture("qrz_found.html")));
+        m_server->answer(QStringLiteral("/pics/w/w1aw/w1aw.jpg"), picture(jpeg));
+        QVERIFY(start());
+        const QString before = lists::timeStamp(QDateTime::currentDateTime());
+
+        get(QStringLiteral("de w1aw-5"));
+        QTRY_COMPARE(m_window->model(1)->rowCount(), 1);
+        QCOMPARE(m_server->requests().count(QStringLiteral("/db/W1AW")), 1);
+        QCOMPARE(cell(0, lists::Callsign), QStringLiteral("W1AW"));
+        QCOMPARE(cell(0, lists::FirstName), QStringLiteral("ARRL"));
+        QCOMPARE(cell(0, lists::FullName), QStringLiteral("ARRL HQ Operators Club"));
+        QCOMPARE(cell(0, lists::Address), QStringLiteral("225 Main St"));
+        QCOMPARE(cell(0, lists::City), QStringLiteral("Newington, CT 06111"));
+        QCOMPARE(cell(0, lists::Country), QStringLiteral("USA"));
+        QCOMPARE(cell(0, lists::Latitude), QStringLiteral("41.714775"));
+        QCOMPARE(cell(0, lists::Longitude), QStringLiteral("-72.72726"));
+        QCOMPARE(cell(0, lists::Azimuth),
+                 maps::azimuthText(maps::bearingFrom(kMe, 41.714775, -72.72726).degrees));
+        QVERIFY(cell(0, lists::TimeStamp) >= before);
+        QCOMPARE(m_window->currentRow(), 0);
+        QVERIFY(!m_window->timer(4)->isActive());
+        QVERIFY(!status()->isVisible());
+        QCOMPARE(child<QComboBox>(QStringLiteral("cboList"))->itemText(0).right(3), QStringLiteral("(1)"));
+        QVERIFY(readAll(file(QStringLiteral("List1.dat"))).startsWith("W1AW*ARRL*"));
+
+        // The picture as it came, its thumbnail in the grid and on disk.
+        const QModelIndex firstName = m_window->model(1)->index(0, lists::FirstName);
+        QTRY_VERIFY(!firstName.data(lists::CallListModel::ThumbnailRole).value<QImage>().isNull());
+        QCOMPARE(firstName.data(lists::CallListModel::ThumbnailRole).value<QImage>().size(), QSize(32, 16));
+        QCOMPARE(readAll(file(QStringLiteral("Images/W1AW.jpg"))), jpeg);
+        QCOMPARE(QImage(file(QStringLiteral("Images/Thumbs/W1AW.jpg"))).size(), QSize(32, 16));
+        QVERIFY(!child<QProgressBar>(QStringLiteral("picProgress"))->isVisible());
+        QVERIFY(!status()->isVisible());
+    }
+
+    void alarms_data()
+    {
+        QTest::addColumn<int>("source");
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QByteArray>("body");
+        QTest::addColumn<bool>("drop");
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("text");
+
+        QByteArray cut = fixture("eham_found.html");
+        cut.truncate(cut.indexOf("41.714775") + 2);
+        QTest::newRow("no such call") << 1 << "/db/W9XYZ" << fixture("qrz_notfound.html") << false << "w9xyz"
+                                      << "W9XYZ not found";
+        QTest::newRow("log-in needed") << 1 << "/db/W1AW" << fixture("qrz_login.html") << false << "W1AW"
+                                       << "Details require a log-in to QRZ.com";
+        QTest::newRow("page without the call") << 1 << "/db/K2XX" << fixture("qrz_found.html") << false << "K2XX"
+                                               << "K2XX not found";
+        QTest::newRow("page cut short") << 0 << "/callbook/W1AW" << cut << false << "W1AW"
+                                        << "The page of W1AW on eHam.net could not be read";
+        QTest::newRow("connection dropped") << 1 << "/db/W1AW" << QByteArray() << true << "W1AW"
+                                            << "W1AW not found: ";
+    }
+    void alarms()
+    {
+        QFETCH(int, source);
+        QFETCH(QString, path);
+        QFETCH(QByteArray, body);
+        QFETCH(bool, drop);
+        QFETCH(QString, typed);
+        QFETCH(QString, text);
+        Answer a = page(body);
+        a.drop = drop;
+        m_server->answer(path, a);
+        QVERIFY(start());
+        child<QAction>(QStringLiteral("mnuSource%1").arg(source))->trigger();
+
+        get(typed);
+        QTRY_VERIFY(status()->isVisible());
+        QVERIFY2(status()->text().startsWith(text), qPrintable(status()->text()));
+        QVERIFY(!child<QComboBox>(QStringLiteral("cboList"))->isVisible());
+        QCOMPARE(status()->palette().color(QPalette::Window), QColor(255, 0, 0));
+        QVERIFY(!m_window->timer(4)->isActive());
+        QCOMPARE(m_window->model(1)->rowCount(), 0);
+        // Timer3 puts it away again.
+        QTRY_VERIFY(!status()->isVisible());
+        QVERIFY(child<QComboBox>(QStringLiteral("cboList"))->isVisible());
+        QCOMPARE(status()->text(), QString());
+        QCOMPARE(m_server->requests().count(QStringLiteral("/pics/w/w1aw/w1aw.jpg")), 0);
+    }
+
+    void noAnswerTimesOut()
+    {
+        m_server->answer(QStringLiteral("/db/W1AW"), page(fixture("qrz_found.html"), 60000));
+        QVERIFY(start());
+        m_window->timer(4)->setInterval(300);
+        m_window->timer(3)->setInterval(60000);
+        get(QStringLiteral("W1AW"));
+        QVERIFY(m_window->timer(4)->isActive());
+        QVERIFY(!status()->isVisible());
+        QTRY_COMPARE(status()->text(), QStringLiteral("W1AW not found"));
+        QVERIFY(status()->isVisible());
+        QVERIFY(m_window->timer(3)->isActive());
+        QVERIFY(!m_window->timer(4)->isActive());
+    }
+
+    void databaseCaption()
+    {
+        m_server->answer(QStringLiteral("/"), {page("<p>QRZ.com</p><a>Login</a>"), page("<p>QRZ.com K1ABC</p>"),
+                                               page("<p>QRZ.com K1ABC</p>"), page("<p>by callook author</p>")});
+        QVERIFY(start());
+        QTRY_COMPARE(caption(), QStringLiteral("QRZ.com  (Login required)"));
+        // Each source change asks again; the suffix is replaced, never added to.
+        child<QAction>(QStringLiteral("mnuSource1"))->trigger();
+        QTRY_COMPARE(caption(), QStringLiteral("QRZ.com  (Logged in)"));
+        child<QAction>(QStringLiteral("mnuSource1"))->trigger();
+        QTRY_COMPARE(m_server->hits(QStringLiteral("/")), 3);
+        QTest::qWait(50);
+        QCOMPARE(caption(), QStringLiteral("QRZ.com  (Logged in)"));
+        child<QAction>(QStringLiteral("mnuSource3"))->trigger();
+        QTRY_COMPARE(caption(), QStringLiteral("CALLOOK.INFO  (Login not required)"));
+        // The CD callbooks ask nothing and cannot be logged in to.
+        child<QAction>(QStringLiteral("mnuSource5"))->trigger();
+        QCOMPARE(caption(), QStringLiteral("QRZ CD"));
+        QVERIFY(!child<QAction>(QStringLiteral("mnuLogin"))->isEnabled());
+        QTest::qWait(50);
+        QCOMPARE(m_server->hits(QStringLiteral("/")), 4);
+    }
+
+    void updateKeepsFirstNameAndExtra()
+    {
+        writeAll(file(QStringLiteral("List1.dat")),
+                 "W1AW*Hiram**Old Name*Old St*Old Town*USA*0*0*20200101000000*QSL via bureau\r\n");
+        m_server->answer(QStringLiteral("/db/W1AW"), page(fixture("qrz_found.html")));
+        QVERIFY(start());
+        m_window->setCurrentRow(0);
+        child<QAction>(QStringLiteral("mnuUpdate"))->trigger();
+        QTRY_COMPARE(cell(0, lists::FullName), QStringLiteral("ARRL HQ Operators Club"));
+        QCOMPARE(m_window->model(1)->rowCount(), 1);
+        QCOMPARE(cell(0, lists::FirstName), QStringLiteral("Hiram"));
+        QCOMPARE(cell(0, lists::Extra), QStringLiteral("QSL via bureau"));
+        QCOMPARE(cell(0, lists::Address), QStringLiteral("225 Main St"));
+        QVERIFY(cell(0, lists::TimeStamp) > QStringLiteral("20200101000000"));
+        QVERIFY(readAll(file(QStringLiteral("List1.dat"))).endsWith("*QSL via bureau\r\n"));
+    }
+
+    void corruptPictureIsReported()
+    {
+        writeAll(file(QStringLiteral("List1.dat")), "W1AW*Hiram**Hiram Maxim******20200101000000*\r\n");
+        writeAll(file(QStringLiteral("Images/W1AW.jpg")), "<html>no picture here</html>");
+        QVERIFY(start());
+        m_window->setCurrentRow(0);
+        DialogAnswerer answer;
+        child<QAction>(QStringLiteral("mnuShowPic"))->trigger();
+        QVERIFY(answer.dialog().seen);
+        QCOMPARE(answer.dialog().title, QStringLiteral("Marvik"));
+        QCOMPARE(answer.dialog().text, QStringLiteral("The image may be corrupt\nand can not be displayed."));
+        QVERIFY(!m_window->findChild<gui::ImageViewer *>());
+    }
+
+    void thumbnailClickOpensTheViewer_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<bool>("animated");
+        QTest::newRow("PNG") << CallbookServer::picture("png", QSize(120, 90)) << false;
+        QTest::newRow("animated GIF") << CallbookServer::picture("gif", QSize(60, 40), 3) << true;
+    }
+    void thumbnailClickOpensTheViewer()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(bool, animated);
+        writeAll(file(QStringLiteral("List1.dat")), "W1AW*Hiram**Hiram Maxim******20200101000000*\r\n");
+        writeAll(file(QStringLiteral("Images/W1AW.jpg")), bytes);
+        QVERIFY(QImage::fromData(bytes).scaledToHeight(16).save(file(QStringLiteral("Images/Thumbs/W1AW.jpg")), "BMP"));
+        QVERIFY(start());
+        const QPoint home(20, 30);
+        QCursor::setPos(home);
+        QCOMPARE(QCursor::pos(), home);
+
+        gui::ListGrid *grid = m_window->grid(1);
+        const QPoint at(155, grid->visualRect(grid->model()->index(0, lists::FirstName)).center().y());
+        QTest::mouseClick(grid->viewport(), Qt::LeftButton, {}, at);
+        QPointer<gui::ImageViewer> viewer = m_window->findChild<gui::ImageViewer *>(QStringLiteral("Form4"));
+        QVERIFY(viewer);
+        QVERIFY(viewer->isVisible());
+        auto *label = viewer->findChild<QLabel *>(QStringLiteral("AniGIF1"));
+        QVERIFY(label);
+        QCOMPARE(viewer->isAnimated(), animated);
+        if (animated) {
+            QVERIFY(label->movie());
+            QCOMPARE(label->movie()->state(), QMovie::Running);
+            const int frame = label->movie()->currentFrameNumber();
+            QTRY_VERIFY(label->movie()->currentFrameNumber() != frame);
+        } else {
+            QCOMPARE(label->pixmap().size(), QSize(120, 90));
+        }
+        QCOMPARE(QCursor::pos(), viewer->cursorTarget());
+
+        QTest::mouseClick(label, Qt::LeftButton);
+        QTRY_VERIFY(!viewer);
+        QCOMPARE(QCursor::pos(), home);
+    }
+};
+
+int main(int argc, char *argv[])
+{
+    // Never the user's own settings or data folder.
+    QTemporaryDir home;
+    qputenv("XDG_CONFIG_HOME", home.filePath(QStringLiteral("config")).toLocal8Bit());
+    qputenv("XDG_DATA_HOME", home.filePath(QStringLiteral("data")).toLocal8Bit());
+    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("Marvik"));
+    TestLookupWindow test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_lookupwindow.moc"

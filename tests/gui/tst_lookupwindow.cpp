@@ -331,7 +331,7 @@ private slots:
         } else {
             QCOMPARE(label->pixmap().size(), QSize(120, 90));
         }
-        QCOMPARE(QCursor::pos(), viewer->cursorTarget());
+        QTRY_COMPARE(QCursor::pos(), viewer->cursorTarget());
 
         QTest::mouseClick(label, Qt::LeftButton);
         QTRY_VERIFY(!viewer);

@@ -11,6 +11,7 @@
 #include <QMouseEvent>
 #include <QMovie>
 #include <QScreen>
+#include <QTimer>
 #include <QVBoxLayout>
 
 namespace marvik::gui {
@@ -100,6 +101,36 @@ bool ImageViewer::load(const QString &path)
 QPoint ImageViewer::cursorTarget() const
 {
     return mapToGlobal(QPoint(width() / 2, height() / 2));
+}
+
+void ImageViewer::moveCursorInside()
+{
+    m_cursorPending = true;
+    if (isVisible())
+        QCursor::setPos(cursorTarget());
+}
+
+void ImageViewer::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    if (!m_cursorPending)
+        return;
+    QCursor::setPos(cursorTarget());
+    // A window manager places the window after it is shown (and the window
+    // system may add its frame only then); the pointer follows the moves of
+    // the first moments, not later ones the user makes.
+    QTimer::singleShot(0, this, [this] {
+        if (m_cursorPending)
+            QCursor::setPos(cursorTarget());
+    });
+    QTimer::singleShot(500, this, [this] { m_cursorPending = false; });
+}
+
+void ImageViewer::moveEvent(QMoveEvent *event)
+{
+    QWidget::moveEvent(event);
+    if (m_cursorPending)
+        QCursor::setPos(cursorTarget());
 }
 
 void ImageViewer::mouseReleaseEvent(QMouseEvent *event)

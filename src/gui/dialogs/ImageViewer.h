@@ -31,8 +31,13 @@ public:
     /// The point inside the viewer the pointer is moved to after a
     /// thumbnail click, in screen coordinates.
     QPoint cursorTarget() const;
+    /// Puts the pointer at cursorTarget() once the window is shown where the
+    /// window manager places it.
+    void moveCursorInside();
 
 protected:
+    void showEvent(QShowEvent *event) override;
+    void moveEvent(QMoveEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
     void closeEvent(QCloseEvent *event) override;
     bool eventFilter(QObject *watched, QEvent *event) override;
@@ -45,6 +50,7 @@ private:
     QByteArray m_bytes;
     QBuffer m_buffer;
     QPoint m_savedCursor;
+    bool m_cursorPending = false;
 };
 
 } // namespace marvik::gui

@@ -14,7 +14,6 @@
 #include <core/lookup/PictureDownloader.h>
 #include <core/lookup/PictureFiles.h>
 
-#include <QCursor>
 #include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
@@ -323,11 +322,11 @@ void LookupController::showPicture(int row, bool fromThumbnail)
         return;
     }
     m_viewer = viewer;
+    if (fromThumbnail)
+        viewer->moveCursorInside();
     viewer->show();
     viewer->raise();
     viewer->activateWindow();
-    if (fromThumbnail)
-        QCursor::setPos(viewer->cursorTarget());
 }
 
 void LookupController::openLogin()

@@ -73,8 +73,13 @@ private slots:
                  "F5ABC*Jean**Jean Dupont*3 Rue*Paris*France*0*2.35*20240112154500*\r\n");
         const QByteArray list2 = "K1ABC*Jim**James Taylor*45 Elm Rd*Boston, MA*USA*42.36*-71.06*20240105093000*\r\n";
         writeAll(data + QStringLiteral("/List2.dat"), list2);
+        // The callbooks at a local port nobody listens on: the start-up
+        // log-in check must not reach the internet.
         writeAll(config + QStringLiteral("/Marvik/Marvik.conf"),
-                 "[Me]\nLeft=1500\nTop=1200\nWidth=6000\nHeight=7000\n");
+                 "[Me]\nLeft=1500\nTop=1200\nWidth=6000\nHeight=7000\n"
+                 "[Sources]\neHam/Host=http://127.0.0.1:9\nQRZ/Host=http://127.0.0.1:9\n"
+                 "QRZCQ/Host=http://127.0.0.1:9\nCallook/Host=http://127.0.0.1:9\nHamCall/Host=http://127.0.0.1:9\n"
+                 "Pictures/Host=http://127.0.0.1:9/\n");
 
         QProcess marvik;
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();

@@ -5,6 +5,7 @@
 #include "app/Log.h"
 #include "app/Number.h"
 #include "lists/CallRecord.h"
+#include "lists/ListEditing.h"
 
 #include <QDateTime>
 
@@ -77,21 +78,8 @@ LookupResult readPage(LookUp &lookUp, const QString &callSign, bool withExtras)
 
 QString cleanCallsign(const QString &typed)
 {
-    QString call = typed;
-    call.replace(QChar(0xD8), u'0');
-    call = call.toUpper();
-    if (call.startsWith(QStringLiteral("DE ")))
-        call.remove(0, 3);
-    const qsizetype dash = call.indexOf(u'-');
-    const qsizetype blank = call.indexOf(u' ');
-    qsizetype end = -1;
-    if (dash >= 0 && blank >= 0)
-        end = std::min(dash, blank);
-    else
-        end = std::max(dash, blank);
-    if (end >= 0)
-        call.truncate(end);
-    return call;
+    // The same clean-up the window applies to a typed callsign.
+    return lists::lookupCallsign(typed);
 }
 
 void writeLookupResult(lists::CallRecord &row, bool existing, const QString &callSign, const LookupResult &result,

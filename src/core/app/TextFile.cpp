@@ -45,6 +45,20 @@ QStringList splitLines(QStringView text)
     return lines;
 }
 
+qsizetype countLines(QByteArrayView bytes)
+{
+    qsizetype lines = 0;
+    const qsizetype n = bytes.size();
+    for (qsizetype i = 0; i < n; ++i) {
+        const char c = bytes[i];
+        if (c == '\n' || (c == '\r' && (i + 1 == n || bytes[i + 1] != '\n')))
+            ++lines;
+    }
+    if (n > 0 && bytes[n - 1] != '\n' && bytes[n - 1] != '\r')
+        ++lines;
+    return lines;
+}
+
 bool writeFileAtomically(const QString &path, const QByteArray &bytes, QString *errorString)
 {
     QSaveFile file(path);

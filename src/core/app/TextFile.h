@@ -22,6 +22,10 @@ TextFileContent readTextFile(const QString &path);
 /// editor reads the same. A final line end does not start another line.
 QStringList splitLines(QStringView text);
 
+/// The number of lines splitLines() would give for a file's bytes, counted
+/// without decoding (line ends are the same bytes in both encodings).
+qsizetype countLines(QByteArrayView bytes);
+
 /// Writes bytes to a file through an atomic replace: a reader, or a crash in
 /// the middle, sees either the old file or the new one, never a torn one.
 /// Returns false and fills `errorString` when the file could not be written.

@@ -9,6 +9,7 @@
 #include <core/app/Log.h>
 #include <core/app/Number.h>
 #include <core/app/Placement.h>
+#include <core/app/TextFile.h>
 #include <core/lists/ListEditing.h>
 #include <core/lists/ListFile.h>
 
@@ -18,6 +19,7 @@
 #include <QComboBox>
 #include <QDesktopServices>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QHeaderView>
 #include <QInputDialog>
@@ -36,6 +38,8 @@
 #include <QStackedWidget>
 #include <QTimer>
 #include <QUrl>
+
+#include <algorithm>
 
 namespace marvik::gui {
 
@@ -407,17 +411,51 @@ void MainWindow::readConfiguration()
     if (m_settings.currentList < 1 || m_settings.currentList > 5)
         m_settings.currentList = 1;
     for (int n = 1; n <= 5; ++n) {
-        if (QFileInfo::exists(m_data.listFile(n)))
-            loadList(n);
+        if (!QFileInfo::exists(m_data.listFile(n)))
+            continue;
+        if (n == m_settings.currentList) {
+            loadList(n, false);
+        } else {
+            // Large lists would keep the window from showing; the chooser
+            // needs only their line counts until they are read.
+            QFile file(m_data.listFile(n));
+            m_pending[std::size_t(n - 1)] = true;
+            m_pendingRows[std::size_t(n - 1)] =
+                file.open(QIODevice::ReadOnly) ? int(app::countLines(file.readAll())) : 0;
+        }
     }
 }
 
-void MainWindow::loadList(int n)
+void MainWindow::loadPendingList(int n)
+{
+    if (n < 1 || n > 5 || !m_pending[std::size_t(n - 1)])
+        return;
+    m_pending[std::size_t(n - 1)] = false;
+    loadList(n, false);
+    refreshChooserLine(n);
+}
+
+void MainWindow::loadPendingLists()
+{
+    for (int n = 1; n <= 5; ++n)
+        loadPendingList(n);
+    reportDamagedLists();
+}
+
+bool MainWindow::event(QEvent *event)
+{
+    if (event->type() == QEvent::Paint && std::any_of(m_pending.begin(), m_pending.end(), [](bool p) { return p; }))
+        QTimer::singleShot(0, this, &MainWindow::loadPendingLists);
+    return QMainWindow::event(event);
+}
+
+void MainWindow::loadList(int n, bool sorting)
 {
     const QString path = m_data.listFile(n);
     const QFileInfo before(path);
+    m_pending[std::size_t(n - 1)] = false;
     const lists::LoadReport report =
-        lists::loadList(*model(n), path, loadContext(), m_settings.sortMode, !m_starting);
+        lists::loadList(*m_models[std::size_t(n - 1)], path, loadContext(), m_settings.sortMode, sorting);
     m_loaded[std::size_t(n - 1)] = {before.size(), before.lastModified(), report.complete()};
     if (report.complete())
         return;
@@ -534,7 +572,11 @@ int MainWindow::currentList() const
 
 lists::CallListModel *MainWindow::model(int list) const
 {
-    return list >= 1 && list <= 5 ? m_models[std::size_t(list - 1)] : nullptr;
+    if (list < 1 || list > 5)
+        return nullptr;
+    if (m_pending[std::size_t(list - 1)])
+        const_cast<MainWindow *>(this)->loadPendingList(list);
+    return m_models[std::size_t(list - 1)];
 }
 
 ListGrid *MainWindow::grid(int list) const
@@ -575,7 +617,8 @@ bool MainWindow::saveList(int n)
 
 void MainWindow::refreshChooserLine(int n)
 {
-    m_cboList->setItemText(n - 1, lists::chooserLine(m_settings.listNames[std::size_t(n - 1)], model(n)->rowCount()));
+    const int rows = m_pending[std::size_t(n - 1)] ? m_pendingRows[std::size_t(n - 1)] : model(n)->rowCount();
+    m_cboList->setItemText(n - 1, lists::chooserLine(m_settings.listNames[std::size_t(n - 1)], rows));
 }
 
 void MainWindow::listChanged(int n)
@@ -618,7 +661,7 @@ void MainWindow::switchToList(int index, bool atStartUp)
         if (atStartUp && loaded.complete && loaded.size == file.size() && loaded.modified == file.lastModified())
             sortGrid(n, m_settings.sortMode);
         else
-            loadList(n);
+            loadList(n, !m_starting);
     }
     reportDamagedLists();
     m_txtCall->setFocus();

@@ -59,6 +59,8 @@ public:
     bool isStarting() const { return m_starting; }
     /// 1..5: the list whose grid is visible.
     int currentList() const;
+    /// The model of list 1..5. A list whose file was left for after the first
+    /// paint is read here first, so no caller ever sees it unread.
     lists::CallListModel *model(int list) const;
     lists::CallListModel *currentModel() const { return model(currentList()); }
     ListGrid *grid(int list) const;
@@ -139,6 +141,7 @@ signals:
 
 protected:
     void closeEvent(QCloseEvent *event) override;
+    bool event(QEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void connectNotify(const QMetaMethod &signal) override;
@@ -151,7 +154,11 @@ private:
     bool hooked(const QMetaMethod &signal) const;
 
     void readConfiguration();
-    void loadList(int n);
+    void loadList(int n, bool sorting);
+    /// Reads a list left for after the first paint, as start-up reads a list
+    /// in the background: unsorted, its damage reported.
+    void loadPendingList(int n);
+    void loadPendingLists();
     void reportDamagedLists();
     void applyAlwaysOnTop();
     void chooseSource(int index);
@@ -202,6 +209,10 @@ private:
         bool complete = false;
     };
     std::array<LoadedFile, 5> m_loaded{};
+    /// Lists other than the current one are read right after the window has
+    /// first painted; until then the chooser shows their files' line counts.
+    std::array<bool, 5> m_pending{};
+    std::array<int, 5> m_pendingRows{};
 
     // The blink of an entry already in the list.
     int m_blinkCount = 0;

@@ -177,6 +177,8 @@ void TestApp::splitLines()
     QFETCH(QString, text);
     QFETCH(QStringList, lines);
     QCOMPARE(marvik::app::splitLines(text), lines);
+    // The quick count of a file's lines agrees with the split.
+    QCOMPARE(countLines(text.toLatin1()), lines.size());
 }
 
 void TestApp::readConfig_data()

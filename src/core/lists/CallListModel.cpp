@@ -178,6 +178,7 @@ LoadReport CallListModel::load(const QString &path, const LoadContext &context)
     }
     const QString now = context.now.isEmpty() ? timeStamp(QDateTime::currentDateTime()) : context.now;
     const QString thumbsPrefix = context.thumbsDir + u'/';
+    const maps::DistanceFromMe fromMe(context.me);
 
     beginResetModel();
     m_thumbnailCache.clear();
@@ -215,8 +216,7 @@ LoadReport CallListModel::load(const QString &path, const LoadContext &context)
         if (lat == 0 || lon == 0) {
             row[Azimuth].clear();
         } else {
-            const maps::Bearing b = maps::bearingFrom(context.me, lat, lon);
-            row[Azimuth] = maps::azimuthText(b.degrees);
+            row[Azimuth] = maps::azimuthText(fromMe.bearing(lat, lon).degrees);
         }
 
         // The thumbnail goes by the callsign as the file has it, slashed zero and all.
@@ -255,10 +255,15 @@ void CallListModel::sortList(qint16 &selector)
     for (std::size_t i = 0; i < order.size(); ++i)
         order[i] = int(i);
     const auto key = [this, column](int row) { return QStringView(m_rows[row].fields[std::size_t(column)]); };
-    if (column == Callsign)
-        std::stable_sort(order.begin(), order.end(), [&](int a, int b) { return key(a).compare(key(b)) < 0; });
-    else
-        std::stable_sort(order.begin(), order.end(), [&](int a, int b) { return key(a).compare(key(b)) > 0; });
+    const auto before = [&](int a, int b) {
+        const int c = key(a).compare(key(b));
+        return column == Callsign ? c < 0 : c > 0;
+    };
+    // A list comes back from its file in the order it was saved in, which is
+    // nearly always sorted already: then there is nothing to move.
+    if (std::is_sorted(order.begin(), order.end(), before))
+        return;
+    std::stable_sort(order.begin(), order.end(), before);
 
     emit layoutAboutToBeChanged({}, QAbstractItemModel::VerticalSortHint);
     QList<CallRecord> sorted;

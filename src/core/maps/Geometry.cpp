@@ -37,41 +37,55 @@ double arcTan2(double y, double x)
     return angle;
 }
 
-DistanceStatus getDistanceAndAzimuth(const Position &me, double latitude, double longitude, double &distance,
-                                     double &azimuth)
+DistanceFromMe::DistanceFromMe(const Position &me)
+    : m_set(me.latitude != 0 || me.longitude != 0)
+    , m_lambda1(me.longitude * kDegree)
+    , m_g1(scaledLatitude(me.latitude * kDegree, kFlattening))
+    , m_sinG1(std::sin(m_g1))
+    , m_cosG1(std::cos(m_g1))
 {
-    if (me.latitude == 0 && me.longitude == 0)
+}
+
+DistanceStatus DistanceFromMe::compute(double latitude, double longitude, double &distance, double &azimuth) const
+{
+    if (!m_set)
         return DistanceStatus::NoOwnPosition;
 
-    const double phi1 = me.latitude * kDegree;
-    const double lambda1 = me.longitude * kDegree;
     const double phi2 = latitude * kDegree;
     const double lambda2 = longitude * kDegree;
 
-    double g1 = scaledLatitude(phi1, kFlattening);
+    double g1 = m_g1;
     double g2 = scaledLatitude(phi2, kFlattening);
+    double sinG1 = m_sinG1;
+    const double cosG1 = m_cosG1;
+    double sinG2 = std::sin(g2);
+    const double cosG2 = std::cos(g2);
 
-    const double c = std::cos(lambda2 - lambda1) * std::cos(g1) * std::cos(g2) + std::sin(g1) * std::sin(g2);
+    const double c = std::cos(lambda2 - m_lambda1) * cosG1 * cosG2 + sinG1 * sinG2;
     const double d = arcTan2(std::sqrt(1 - c * c), c);
+    const double sinD = std::sin(d);
+    const double cosD = std::cos(d);
 
-    double az = arcTan2(std::sin(lambda2 - lambda1) * std::cos(g2) * std::cos(g1),
-                        std::sin(g2) - std::sin(g1) * std::cos(d));
+    double az = arcTan2(std::sin(lambda2 - m_lambda1) * cosG2 * cosG1, sinG2 - sinG1 * cosD);
     if (az < 0)
         az += 2 * kPi;
 
-    if (!(g1 < g2))
+    if (!(g1 < g2)) {
         std::swap(g1, g2);
+        std::swap(sinG1, sinG2);
+    }
 
-    const double t1 = arcTan2(std::sin(g1) * std::sin(d), std::sin(g2) - std::cos(d) * std::sin(g1));
+    const double t1 = arcTan2(sinG1 * sinD, sinG2 - cosD * sinG1);
     const double s1 = std::sin(t1);
     const double s2 = std::sin(d + t1);
-    const double q = std::fabs(s1) > std::fabs(s2) ? std::sin(g1) / s1 : std::sin(g2) / s2;
+    const double q = std::fabs(s1) > std::fabs(s2) ? sinG1 / s1 : sinG2 / s2;
 
     const double beta0 = arcTan2(q, std::sqrt(std::fabs(1 - q * q)) * (kPolarKm / kEquatorialKm));
-    const double k2 = (1 - kFlattening) * std::sin(beta0) * std::sin(beta0);
+    const double sinBeta0 = std::sin(beta0);
+    const double k2 = (1 - kFlattening) * sinBeta0 * sinBeta0;
     const double m = 1 / std::sqrt(1 - k2);
-    const double theta1 = scaledLatitude(t1, m);
-    const double theta2 = scaledLatitude(d + t1, m);
+    const double theta1 = arcTan2(m * s1, std::cos(t1));
+    const double theta2 = arcTan2(m * s2, std::cos(d + t1));
 
     // The second-order term is divided by the polar radius, as the Windows
     // program did; it all but vanishes, and the figures depend on that.
@@ -87,15 +101,26 @@ DistanceStatus getDistanceAndAzimuth(const Position &me, double latitude, double
     return DistanceStatus::Computed;
 }
 
-Bearing bearingFrom(const Position &me, double latitude, double longitude)
+Bearing DistanceFromMe::bearing(double latitude, double longitude) const
 {
     double distance = 0;
     double azimuth = 0;
-    getDistanceAndAzimuth(me, latitude, longitude, distance, azimuth);
-    Bearing bearing{int(distance), int(azimuth)};
+    compute(latitude, longitude, distance, azimuth);
+    Bearing b{int(distance), int(azimuth)};
     if (distance == 0)
-        bearing.degrees = 0;
-    return bearing;
+        b.degrees = 0;
+    return b;
+}
+
+DistanceStatus getDistanceAndAzimuth(const Position &me, double latitude, double longitude, double &distance,
+                                     double &azimuth)
+{
+    return DistanceFromMe(me).compute(latitude, longitude, distance, azimuth);
+}
+
+Bearing bearingFrom(const Position &me, double latitude, double longitude)
+{
+    return DistanceFromMe(me).bearing(latitude, longitude);
 }
 
 QString azimuthText(int degrees)

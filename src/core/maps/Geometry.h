@@ -27,9 +27,6 @@ enum class DistanceStatus {
 DistanceStatus getDistanceAndAzimuth(const Position &me, double latitude, double longitude, double &distance,
                                      double &azimuth);
 
-/// The angle of (x, y) in (-pi, pi] with the short pi; pi/2 for 0, 0.
-double arcTan2(double y, double x);
-
 /// What every caller shows: the azimuth forced to 0 when the distance is 0,
 /// with outputs starting at 0 (so Me unset gives 0 miles, 0 degrees).
 struct Bearing
@@ -37,6 +34,30 @@ struct Bearing
     int miles = 0;
     int degrees = 0;
 };
+
+/// Distances and azimuths from one own position to many stations: what
+/// depends on Me alone is worked out once (a list load asks for thousands).
+/// Gives exactly the figures of getDistanceAndAzimuth().
+class DistanceFromMe
+{
+public:
+    explicit DistanceFromMe(const Position &me);
+    DistanceStatus compute(double latitude, double longitude, double &distance, double &azimuth) const;
+    /// The callers' rule (see bearingFrom()).
+    Bearing bearing(double latitude, double longitude) const;
+
+private:
+    bool m_set;
+    double m_lambda1;
+    double m_g1;
+    double m_sinG1;
+    double m_cosG1;
+};
+
+/// The angle of (x, y) in (-pi, pi] with the short pi; pi/2 for 0, 0.
+double arcTan2(double y, double x);
+
+/// The figures one station gets by the callers' rule.
 Bearing bearingFrom(const Position &me, double latitude, double longitude);
 
 /// The azimuth column's text: the whole degrees followed by "°".

@@ -2,10 +2,12 @@
 #include "Log.h"
 
 namespace marvik {
-Q_LOGGING_CATEGORY(lcApp, "marvik.app")
-Q_LOGGING_CATEGORY(lcLists, "marvik.lists")
-Q_LOGGING_CATEGORY(lcLookup, "marvik.lookup")
-Q_LOGGING_CATEGORY(lcMaps, "marvik.maps")
-Q_LOGGING_CATEGORY(lcShare, "marvik.share")
-Q_LOGGING_CATEGORY(lcI18n, "marvik.i18n")
+// Debug messages only on request (QT_LOGGING_RULES="marvik.*.debug=true"):
+// a user's terminal should hear of problems, not of every download.
+Q_LOGGING_CATEGORY(lcApp, "marvik.app", QtInfoMsg)
+Q_LOGGING_CATEGORY(lcLists, "marvik.lists", QtInfoMsg)
+Q_LOGGING_CATEGORY(lcLookup, "marvik.lookup", QtInfoMsg)
+Q_LOGGING_CATEGORY(lcMaps, "marvik.maps", QtInfoMsg)
+Q_LOGGING_CATEGORY(lcShare, "marvik.share", QtInfoMsg)
+Q_LOGGING_CATEGORY(lcI18n, "marvik.i18n", QtInfoMsg)
 } // namespace marvik

@@ -3,10 +3,10 @@
 // the same file, and how many distance and azimuth figures a second we get.
 #include "BenchUtil.h"
 
-#include "app/TextFile.h"
-#include "lists/CallListModel.h"
-#include "lists/ListFile.h"
-#include "maps/Geometry.h"
+#include "core/app/TextFile.h"
+#include "core/lists/CallListModel.h"
+#include "core/lists/ListFile.h"
+#include "core/maps/Geometry.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -31,16 +31,16 @@ void writeSampleList(const QString &path, const QString &thumbs)
     QList<lists::CallRecord> rows;
     for (int i = 0; i < kRows; ++i) {
         lists::CallRecord r;
-        r[lists::Callsign] = QStringLiteral("DL%1ABC").arg(i);
-        r[lists::FirstName] = i % 7 ? QStringLiteral("Hans") : QStringLiteral("Hansi");
-        r[lists::Azimuth] = QStringLiteral("47\u00B0");
-        r[lists::FullName] = QStringLiteral("Hans Meyer");
-        r[lists::Address] = QStringLiteral("Hauptstra\u00DFe %1").arg(i);
-        r[lists::City] = QStringLiteral("M\u00FCnchen");
-        r[lists::Country] = QStringLiteral("Germany");
-        r[lists::Latitude] = QString::number(rng.bounded(160.0) - 80, 'f', 4);
-        r[lists::Longitude] = QString::number(rng.bounded(358.0) - 179, 'f', 4);
-        r[lists::TimeStamp] = QStringLiteral("2024%1").arg(i, 10, 10, QLatin1Char('0'));
+        r[lists::Column::Callsign] = QStringLiteral("DL%1ABC").arg(i);
+        r[lists::Column::FirstName] = i % 7 ? QStringLiteral("Hans") : QStringLiteral("Hansi");
+        r[lists::Column::Azimuth] = QStringLiteral("47\u00B0");
+        r[lists::Column::FullName] = QStringLiteral("Hans Meyer");
+        r[lists::Column::Address] = QStringLiteral("Hauptstra\u00DFe %1").arg(i);
+        r[lists::Column::City] = QStringLiteral("M\u00FCnchen");
+        r[lists::Column::Country] = QStringLiteral("Germany");
+        r[lists::Column::Latitude] = QString::number(rng.bounded(160.0) - 80, 'f', 4);
+        r[lists::Column::Longitude] = QString::number(rng.bounded(358.0) - 179, 'f', 4);
+        r[lists::Column::TimeStamp] = QStringLiteral("2024%1").arg(i, 10, 10, QLatin1Char('0'));
         rows.append(r);
         if (i % 50 == 0)
             app::writeFileAtomically(thumbs + QStringLiteral("/DL%1ABC.jpg").arg(i), QByteArray("BM"));

@@ -4,9 +4,9 @@
 // 12-megapixel photo takes against decoding the photo alone.
 #include "BenchUtil.h"
 
-#include "app/DataFolder.h"
-#include "lookup/HtmlText.h"
-#include "lookup/PictureFiles.h"
+#include "core/app/DataFolder.h"
+#include "core/lookup/HtmlText.h"
+#include "core/lookup/PictureFiles.h"
 
 #include <QBuffer>
 #include <QGuiApplication>

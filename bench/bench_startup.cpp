@@ -4,7 +4,7 @@
 // same way in the same run; and a switch to a 10,000-row list.
 #include "BenchUtil.h"
 
-#include <app/MainWindow.h>
+#include "gui/app/MainWindow.h"
 
 #include <QApplication>
 #include <QComboBox>

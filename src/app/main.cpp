@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "app/MainWindow.h"
-#include "lookup/LookupController.h"
+#include "gui/app/MainWindow.h"
+#include "gui/lookup/LookupController.h"
 
-#include <core/app/DataFolder.h>
+#include "core/app/DataFolder.h"
 
 #include <QApplication>
 #include <QCommandLineParser>

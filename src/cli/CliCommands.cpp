@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "CliCommands.h"
+#include "cli/CliCommands.h"
 
-#include "LookupCommands.h"
+#include "cli/LookupCommands.h"
 
-#include "maps/Geometry.h"
+#include "core/maps/Geometry.h"
 
 #include <QHash>
 

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "LookupCommands.h"
+#include "cli/LookupCommands.h"
 
-#include "CliCommands.h"
-#include "app/Config.h"
-#include "app/DataFolder.h"
-#include "lookup/CookieJar.h"
-#include "lookup/HtmlText.h"
-#include "lookup/LookUp.h"
-#include "lookup/LookupResult.h"
+#include "cli/CliCommands.h"
+#include "core/app/Callsign.h"
+#include "core/app/Config.h"
+#include "core/app/DataFolder.h"
+#include "core/lookup/CookieJar.h"
+#include "core/lookup/HtmlText.h"
+#include "core/lookup/LookUp.h"
+#include "core/lookup/LookupResult.h"
 
 #include <QEventLoop>
 #include <QFile>
@@ -82,12 +83,12 @@ int html2text(const QStringList &args, const QString &, QTextStream &out, QTextS
 
 int readPage(const QStringList &args, const QString &, QTextStream &out, QTextStream &err)
 {
-    const int source = lookup::sourceFromName(args.at(0));
-    if (source == 0) {
+    const std::optional<lookup::Source> source = lookup::sourceFromName(args.at(0));
+    if (!source) {
         err << "marvik-cli: unknown source: " << args.at(0) << " (1..5, eham, qrz, qrzcq, callook, hamcall)\n";
         return BadArguments;
     }
-    const QString call = lookup::cleanCallsign(args.at(1));
+    const QString call = callsign::forLookup(args.at(1));
     if (call.isEmpty()) {
         err << "marvik-cli: no callsign given\n";
         return BadArguments;
@@ -97,7 +98,7 @@ int readPage(const QStringList &args, const QString &, QTextStream &out, QTextSt
         return WorkFailed;
     QNetworkAccessManager unused;
     lookup::LookUp lookUp(&unused, lookup::SourceSettings::load(), QString());
-    lookUp.setDataBase(source);
+    lookUp.setDataBase(lookup::dataBaseOf(*source));
     lookUp.setHtml(lookup::htmlDecode(lookup::decodePage(bytes)));
     out << json(lookup::readPage(lookUp, call)) << '\n';
     return Success;
@@ -122,22 +123,22 @@ int lookup(const QStringList &args, const QString &dataDir, QTextStream &out, QT
         }
     }
     quietLookupLog();
-    const QString call = lookup::cleanCallsign(typed);
+    const QString call = callsign::forLookup(typed);
     if (call.isEmpty()) {
         err << usage;
         return BadArguments;
     }
     const app::Settings config = configuration(dataDir);
-    int source = 0;
+    std::optional<lookup::Source> source;
     if (!sourceName.isEmpty()) {
         source = lookup::sourceFromName(sourceName);
-        if (source == 0) {
+        if (!source) {
             err << "marvik-cli: unknown source: " << sourceName << " (1..5, eham, qrz, qrzcq, callook, hamcall)\n";
             return BadArguments;
         }
     } else {
-        source = config.defaultDatabase + 1;
-        if (source < lookup::kFirstSource || source > lookup::kLastSource) {
+        source = lookup::sourceFromMenuIndex(config.defaultDatabase);
+        if (!source || !lookup::isOnline(*source)) {
             err << "marvik-cli: the default source is a CD callbook; give --source for an online one\n";
             return WorkFailed;
         }
@@ -148,7 +149,7 @@ int lookup(const QStringList &args, const QString &dataDir, QTextStream &out, QT
     auto *jar = new lookup::CookieJar(folder.path(), &network);
     network.setCookieJar(jar);
     lookup::LookUp lookUp(&network, lookup::SourceSettings::load(), config.ownCallsign);
-    lookUp.setDataBase(source);
+    lookUp.setDataBase(lookup::dataBaseOf(*source));
 
     QEventLoop loop;
     QString failure;
@@ -174,7 +175,7 @@ int lookup(const QStringList &args, const QString &dataDir, QTextStream &out, QT
     });
     lookUp.GetPage(call + u'2');
     if (lookUp.pendingRequests().isEmpty()) {
-        err << "marvik-cli: the address of source " << source << " is not a web address\n";
+        err << "marvik-cli: the address of source " << lookup::dataBaseOf(*source) << " is not a web address\n";
         return WorkFailed;
     }
     loop.exec();

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // marvik-cli: Marvik's files and calculations for scripts and batch work.
-#include "CliCommands.h"
+#include "cli/CliCommands.h"
 
 #include <QCoreApplication>
 

@@ -2,7 +2,7 @@
 // Starts the real program on an X server with prepared data and settings
 // folders, closes its window the way a user does, and compares the files it
 // leaves behind byte for byte.
-#include <maps/Geometry.h>
+#include "core/maps/Geometry.h"
 
 #include <QDir>
 #include <QFile>

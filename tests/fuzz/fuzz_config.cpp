@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Feeds arbitrary bytes to the Marvik.cfg reader; whatever it reads must be
 // written in the fixed form and read back to the same settings.
-#include "app/Config.h"
-#include "app/TextCodec.h"
+#include "core/app/Config.h"
+#include "core/app/TextCodec.h"
 
 #include <cstdlib>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Feeds arbitrary bytes to the page decoder and the innerText rendering;
 // the text must come back with every line break as CR LF.
-#include "lookup/HtmlText.h"
+#include "core/lookup/HtmlText.h"
 
 #include <cstdlib>
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Feeds arbitrary bytes to the list loader and saves the result again: no
 // input may crash it, and what is saved must load back to the same rows.
-#include "lists/CallListModel.h"
-#include "lists/ListFile.h"
+#include "core/lists/CallListModel.h"
+#include "core/lists/ListFile.h"
 
 #include <QCoreApplication>
 #include <QFile>

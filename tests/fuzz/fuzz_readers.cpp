@@ -2,8 +2,8 @@
 // Runs every reader of the five callbooks over arbitrary page text. A reader
 // may refuse a page (ReaderError) but must not crash, and whatever it
 // returns is cut from the page itself.
-#include "lookup/PageReader.h"
-#include "lookup/SourceSettings.h"
+#include "core/lookup/PageReader.h"
+#include "core/lookup/SourceSettings.h"
 
 #include <cmath>
 #include <cstdlib>
@@ -42,7 +42,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         mustComeFromPage(reader.address1(), page);
         mustComeFromPage(reader.address2(), page);
         const QString country = reader.country();
-        if (source != Callook)
+        if (source != dataBaseOf(Source::Callook))
             mustComeFromPage(country, page);
     } catch (const ReaderError &) {
     }

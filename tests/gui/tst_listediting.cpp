@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The list-editing rules that need no window: texts with placeholders,
 // callsign clean-up, copying, wheel scrolling, the thumbnail click zone.
-#include <i18n/Texts.h>
-#include <lists/ListEditing.h>
-#include <maps/Geometry.h>
+#include "core/i18n/Texts.h"
+#include "core/lists/ListEditing.h"
+#include "core/maps/Geometry.h"
 
 #include <QTest>
 
@@ -16,13 +16,13 @@ CallRecord record(const QString &call, const QString &first, const QString &full
                   const QString &lon = {}, const QString &azimuth = {})
 {
     CallRecord r;
-    r[Callsign] = call;
-    r[FirstName] = first;
-    r[FullName] = full;
-    r[Latitude] = lat;
-    r[Longitude] = lon;
-    r[Azimuth] = azimuth;
-    r[TimeStamp] = QStringLiteral("20240101000000");
+    r[Column::Callsign] = call;
+    r[Column::FirstName] = first;
+    r[Column::FullName] = full;
+    r[Column::Latitude] = lat;
+    r[Column::Longitude] = lon;
+    r[Column::Azimuth] = azimuth;
+    r[Column::TimeStamp] = QStringLiteral("20240101000000");
     return r;
 }
 
@@ -57,43 +57,6 @@ private slots:
         QCOMPARE(i18n::fillIn(templ, xxx, source), result);
     }
 
-    void clipboardCallsign_data()
-    {
-        QTest::addColumn<QString>("clipboard");
-        QTest::addColumn<QString>("call");
-        QTest::newRow("de w1abc 599") << u"de w1abc 599"_qs << u"W1ABC"_qs;
-        QTest::newRow("DE:W1ABC") << u"DE:W1ABC"_qs << u"DE:W1ABC"_qs;
-        QTest::newRow("slashed zero first") << u"\u00D8Z1ABC"_qs << u"0Z1ABC"_qs;
-        QTest::newRow("W1ABC/P") << u"W1ABC/P"_qs << u"W1ABC"_qs;
-        QTest::newRow("leading blank") << u" W1ABC"_qs << QString();
-        QTest::newRow("above z") << u"W1ABC{"_qs << u"W1ABC"_qs;
-        QTest::newRow("line break") << u"K1ABC\r\nmore"_qs << u"K1ABC"_qs;
-        QTest::newRow("empty") << QString() << QString();
-    }
-    void clipboardCallsign()
-    {
-        QFETCH(QString, clipboard);
-        QFETCH(QString, call);
-        QCOMPARE(callsignFromClipboard(clipboard), call);
-    }
-
-    void lookupCallsign_data()
-    {
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<QString>("call");
-        QTest::newRow("W1AW-5") << u"w1aw-5"_qs << u"W1AW"_qs;
-        QTest::newRow("W1AW /P") << u"W1AW /P"_qs << u"W1AW"_qs;
-        QTest::newRow("DE W1AW") << u"de W1AW"_qs << u"W1AW"_qs;
-        QTest::newRow("slashed zero") << u"G\u00D8ABC"_qs << u"G0ABC"_qs;
-        QTest::newRow("portable slash stays") << u"W1AW/P"_qs << u"W1AW/P"_qs;
-    }
-    void lookupCallsign()
-    {
-        QFETCH(QString, typed);
-        QFETCH(QString, call);
-        QCOMPARE(lists::lookupCallsign(typed), call);
-    }
-
     void copiedRecord_data()
     {
         QTest::addColumn<QString>("first");
@@ -118,9 +81,9 @@ private slots:
         ctx.me = {51.5, -0.12};
         const CallRecord copy = lists::copiedRecord(record(u"DL1ABC"_qs, first, u"Hans Meyer"_qs, lat, lon), ctx);
         QCOMPARE(copy.firstNameBack.isValid(), marked);
-        QCOMPARE(copy[Azimuth],
+        QCOMPARE(copy[Column::Azimuth],
                  azimuth ? maps::azimuthText(maps::bearingFrom(ctx.me, 52.5, 13.4).degrees) : QString());
-        QCOMPARE(copy[TimeStamp], QStringLiteral("20240101000000"));
+        QCOMPARE(copy[Column::TimeStamp], QStringLiteral("20240101000000"));
     }
 
     void duplicatesAreExact()

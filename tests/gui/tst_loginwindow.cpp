@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The log-in browser window against the local callbook server: it starts
 // with Marvik's cookies, and what the site sets there counts for lookups.
-#include "GuiTestUtil.h"
-#include "core/lookup/CallbookServer.h"
+#include "support/GuiTestUtil.h"
+#include "support/CallbookServer.h"
 
-#include <app/MainWindow.h>
-#include <lookup/LoginWindow.h>
-#include <lookup/LookupController.h>
-#include <core/app/Config.h>
-#include <core/lookup/CookieJar.h>
-#include <core/lookup/SourceSettings.h>
+#include "gui/app/MainWindow.h"
+#include "gui/lookup/LoginWindow.h"
+#include "gui/lookup/LookupController.h"
+#include "core/app/Config.h"
+#include "core/lookup/CookieJar.h"
+#include "core/lookup/SourceSettings.h"
 
 #include <QAction>
 #include <QDateTime>
@@ -52,10 +52,7 @@ private slots:
         QVERIFY(app::writeConfig(dir.filePath(QStringLiteral("Marvik.cfg")), settings));
         CallbookServer server;
         QSettings store(dir.filePath(QStringLiteral("settings.ini")), QSettings::IniFormat);
-        lookup::SourceSettings sources;
-        for (int db = lookup::kFirstSource; db <= lookup::kLastSource; ++db)
-            sources.setHost(db, server.base());
-        sources.save(store);
+        server.sourceSettings().save(store);
 
         Answer before;
         before.body = "<p>QRZ.com <a>Login</a></p>";

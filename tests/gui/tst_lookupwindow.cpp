@@ -2,17 +2,17 @@
 // Lookups through the real main window against a local server that plays
 // the callbooks and the picture host: Get, the status line and its timers,
 // the Database menu's log-in state, Update, pictures and the viewer.
-#include "GuiTestUtil.h"
-#include "core/lookup/CallbookServer.h"
+#include "support/GuiTestUtil.h"
+#include "support/CallbookServer.h"
 
-#include <app/MainWindow.h>
-#include <dialogs/ImageViewer.h>
-#include <lists/ListGrid.h>
-#include <lookup/LookupController.h>
-#include <core/app/Config.h>
-#include <core/lists/CallListModel.h>
-#include <core/lookup/SourceSettings.h>
-#include <core/maps/Geometry.h>
+#include "gui/app/MainWindow.h"
+#include "gui/dialogs/ImageViewer.h"
+#include "gui/lists/ListGrid.h"
+#include "gui/lookup/LookupController.h"
+#include "core/app/Config.h"
+#include "core/lists/CallListModel.h"
+#include "core/lookup/SourceSettings.h"
+#include "core/maps/Geometry.h"
 
 #include <QAction>
 #include <QComboBox>
@@ -82,7 +82,7 @@ private:
     template<typename T>
     T *child(const QString &name) const { return m_window->findChild<T *>(name); }
     QLabel *status() const { return child<QLabel>(QStringLiteral("lblStatus")); }
-    QString cell(int row, int column) const { return m_window->model(1)->index(row, column).data().toString(); }
+    QString cell(int row, lists::Column column) const { return m_window->model(1)->index(row, column).data().toString(); }
 
     gui::MainWindow *start()
     {
@@ -121,11 +121,7 @@ private slots:
         m_server = std::make_unique<CallbookServer>();
         QVERIFY(m_server->isListening());
         m_store = std::make_unique<QSettings>(file(QStringLiteral("settings.ini")), QSettings::IniFormat);
-        lookup::SourceSettings sources;
-        for (int db = lookup::kFirstSource; db <= lookup::kLastSource; ++db)
-            sources.setHost(db, m_server->base());
-        sources.setPicturesHost(m_server->base() + QStringLiteral("/pics/"));
-        sources.save(*m_store);
+        m_server->sourceSettings().save(*m_store);
         // The site page of every source: QRZ shows the own call when logged in.
         m_server->answer(QStringLiteral("/"), page("<p>QRZ.com callook eHam.net</p><p>Login</p>"));
     }
@@ -149,17 +145,17 @@ private slots:
         get(QStringLiteral("de w1aw-5"));
         QTRY_COMPARE(m_window->model(1)->rowCount(), 1);
         QCOMPARE(m_server->requests().count(QStringLiteral("/db/W1AW")), 1);
-        QCOMPARE(cell(0, lists::Callsign), QStringLiteral("W1AW"));
-        QCOMPARE(cell(0, lists::FirstName), QStringLiteral("ARRL"));
-        QCOMPARE(cell(0, lists::FullName), QStringLiteral("ARRL HQ Operators Club"));
-        QCOMPARE(cell(0, lists::Address), QStringLiteral("225 Main St"));
-        QCOMPARE(cell(0, lists::City), QStringLiteral("Newington, CT 06111"));
-        QCOMPARE(cell(0, lists::Country), QStringLiteral("USA"));
-        QCOMPARE(cell(0, lists::Latitude), QStringLiteral("41.714775"));
-        QCOMPARE(cell(0, lists::Longitude), QStringLiteral("-72.72726"));
-        QCOMPARE(cell(0, lists::Azimuth),
+        QCOMPARE(cell(0, lists::Column::Callsign), QStringLiteral("W1AW"));
+        QCOMPARE(cell(0, lists::Column::FirstName), QStringLiteral("ARRL"));
+        QCOMPARE(cell(0, lists::Column::FullName), QStringLiteral("ARRL HQ Operators Club"));
+        QCOMPARE(cell(0, lists::Column::Address), QStringLiteral("225 Main St"));
+        QCOMPARE(cell(0, lists::Column::City), QStringLiteral("Newington, CT 06111"));
+        QCOMPARE(cell(0, lists::Column::Country), QStringLiteral("USA"));
+        QCOMPARE(cell(0, lists::Column::Latitude), QStringLiteral("41.714775"));
+        QCOMPARE(cell(0, lists::Column::Longitude), QStringLiteral("-72.72726"));
+        QCOMPARE(cell(0, lists::Column::Azimuth),
                  maps::azimuthText(maps::bearingFrom(kMe, 41.714775, -72.72726).degrees));
-        QVERIFY(cell(0, lists::TimeStamp) >= before);
+        QVERIFY(cell(0, lists::Column::TimeStamp) >= before);
         QCOMPARE(m_window->currentRow(), 0);
         QVERIFY(!m_window->timer(4)->isActive());
         QVERIFY(!status()->isVisible());
@@ -167,7 +163,7 @@ private slots:
         QVERIFY(readAll(file(QStringLiteral("List1.dat"))).startsWith("W1AW*ARRL*"));
 
         // The picture as it came, its thumbnail in the grid and on disk.
-        const QModelIndex firstName = m_window->model(1)->index(0, lists::FirstName);
+        const QModelIndex firstName = m_window->model(1)->index(0, lists::Column::FirstName);
         QTRY_VERIFY(!firstName.data(lists::CallListModel::ThumbnailRole).value<QImage>().isNull());
         QCOMPARE(firstName.data(lists::CallListModel::ThumbnailRole).value<QImage>().size(), QSize(32, 16));
         QCOMPARE(readAll(file(QStringLiteral("Images/W1AW.jpg"))), jpeg);
@@ -272,12 +268,12 @@ private slots:
         QVERIFY(start());
         m_window->setCurrentRow(0);
         child<QAction>(QStringLiteral("mnuUpdate"))->trigger();
-        QTRY_COMPARE(cell(0, lists::FullName), QStringLiteral("ARRL HQ Operators Club"));
+        QTRY_COMPARE(cell(0, lists::Column::FullName), QStringLiteral("ARRL HQ Operators Club"));
         QCOMPARE(m_window->model(1)->rowCount(), 1);
-        QCOMPARE(cell(0, lists::FirstName), QStringLiteral("Hiram"));
-        QCOMPARE(cell(0, lists::Extra), QStringLiteral("QSL via bureau"));
-        QCOMPARE(cell(0, lists::Address), QStringLiteral("225 Main St"));
-        QVERIFY(cell(0, lists::TimeStamp) > QStringLiteral("20200101000000"));
+        QCOMPARE(cell(0, lists::Column::FirstName), QStringLiteral("Hiram"));
+        QCOMPARE(cell(0, lists::Column::Extra), QStringLiteral("QSL via bureau"));
+        QCOMPARE(cell(0, lists::Column::Address), QStringLiteral("225 Main St"));
+        QVERIFY(cell(0, lists::Column::TimeStamp) > QStringLiteral("20200101000000"));
         QVERIFY(readAll(file(QStringLiteral("List1.dat"))).endsWith("*QSL via bureau\r\n"));
     }
 
@@ -315,7 +311,7 @@ private slots:
         QCOMPARE(QCursor::pos(), home);
 
         gui::ListGrid *grid = m_window->grid(1);
-        const QPoint at(155, grid->visualRect(grid->model()->index(0, lists::FirstName)).center().y());
+        const QPoint at(155, grid->visualRect(grid->model()->index(0, int(lists::Column::FirstName))).center().y());
         QTest::mouseClick(grid->viewport(), Qt::LeftButton, {}, at);
         QPointer<gui::ImageViewer> viewer = m_window->findChild<gui::ImageViewer *>(QStringLiteral("Form4"));
         QVERIFY(viewer);

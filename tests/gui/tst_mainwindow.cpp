@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The main window driven as a user drives it: clicks on rows, the context
 // menus, the list chooser, F8, and the files it leaves on disk.
-#include "GuiTestUtil.h"
+#include "support/GuiTestUtil.h"
 
-#include <app/MainWindow.h>
-#include <lists/ListGrid.h>
-#include <core/lists/CallListModel.h>
-#include <core/maps/Geometry.h>
+#include "gui/app/MainWindow.h"
+#include "gui/lists/ListGrid.h"
+#include "core/lists/CallListModel.h"
+#include "core/maps/Geometry.h"
 
 #include <QAction>
 #include <QClipboard>

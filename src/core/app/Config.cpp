@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Config.h"
+#include "core/app/Config.h"
 
-#include "Number.h"
-#include "TextFile.h"
+#include "core/app/Number.h"
+#include "core/app/TextFile.h"
 
 #include <QFileInfo>
 

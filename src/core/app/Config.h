@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "../maps/Geometry.h"
+#include "core/maps/Geometry.h"
 
 #include <QList>
 #include <QString>

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "DataFolder.h"
+#include "core/app/DataFolder.h"
 
-#include "Log.h"
+#include "core/app/Callsign.h"
+#include "core/app/Log.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -64,12 +65,12 @@ QString DataFolder::languagesDir() const { return filePath(QStringLiteral("Langu
 
 QString DataFolder::picturePath(const QString &callsign) const
 {
-    return imagesDir() + u'/' + safeFileName(callsign) + QStringLiteral(".jpg");
+    return imagesDir() + u'/' + callsign::fileName(callsign) + QStringLiteral(".jpg");
 }
 
 QString DataFolder::thumbnailPath(const QString &callsign) const
 {
-    return thumbsDir() + u'/' + safeFileName(callsign) + QStringLiteral(".jpg");
+    return thumbsDir() + u'/' + callsign::fileName(callsign) + QStringLiteral(".jpg");
 }
 
 bool DataFolder::ensureCreated(const QString &shareDir, QString *errorString) const
@@ -128,25 +129,6 @@ void DataFolder::rotateIni() const
         QFile::remove(old);
     if (!QFile::rename(ini, old))
         qCWarning(lcApp) << "could not rename" << ini;
-}
-
-QString safeFileName(const QString &callsign)
-{
-    const auto unsafe = [](QChar c) {
-        return c.unicode() < 0x20 || c.unicode() == 0x7F || QStringView(u"/\\:*?\"<>|").contains(c);
-    };
-    if (std::none_of(callsign.begin(), callsign.end(), unsafe) && callsign != QLatin1String(".")
-        && callsign != QLatin1String(".."))
-        return callsign;
-    QString name = callsign;
-    for (QChar &c : name) {
-        if (unsafe(c))
-            c = u'_';
-    }
-    // "." and ".." would name a folder, not a file.
-    if (name == QLatin1String(".") || name == QLatin1String(".."))
-        name.fill(u'_');
-    return name;
 }
 
 QString installationFolder()

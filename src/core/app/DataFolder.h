@@ -53,11 +53,6 @@ private:
     QString m_path;
 };
 
-/// A callsign made safe as a file name: the characters no file system takes,
-/// the path separators and control characters become "_", so a picture can
-/// never be written outside Images/.
-QString safeFileName(const QString &callsign);
-
 /// The folder of the running program (the installation folder).
 QString installationFolder();
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Log.h"
+#include "core/app/Log.h"
 
 namespace marvik {
 // Debug messages only on request (QT_LOGGING_RULES="marvik.*.debug=true"):

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Number.h"
+#include "core/app/Number.h"
 
 #include <QLocale>
 

@@ -1,4 +1,5 @@
 target_sources(marvik_core PRIVATE
+  app/Callsign.cpp app/Callsign.h
   app/Config.cpp app/Config.h
   app/DataFolder.cpp app/DataFolder.h
   app/Log.cpp app/Log.h

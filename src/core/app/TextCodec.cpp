@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "TextCodec.h"
+#include "core/app/TextCodec.h"
 
 #include <array>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "TextFile.h"
+#include "core/app/TextFile.h"
 
-#include "TextCodec.h"
+#include "core/app/TextCodec.h"
 
 #include <QFile>
 #include <QSaveFile>

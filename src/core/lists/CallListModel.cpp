@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "CallListModel.h"
+#include "core/lists/CallListModel.h"
 
-#include "../app/Number.h"
-#include "../app/TextFile.h"
-#include "../app/DataFolder.h"
+#include "core/app/Callsign.h"
+#include "core/app/Number.h"
+#include "core/app/TextFile.h"
+#include "core/app/DataFolder.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -39,12 +40,12 @@ int CallListModel::rowCount(const QModelIndex &parent) const
 
 int CallListModel::columnCount(const QModelIndex &parent) const
 {
-    return parent.isValid() ? 0 : ColumnCount;
+    return parent.isValid() ? 0 : kColumnCount;
 }
 
 QVariant CallListModel::data(const QModelIndex &index, int role) const
 {
-    if (!index.isValid() || index.row() >= m_rows.size() || index.column() >= ColumnCount)
+    if (!index.isValid() || index.row() >= m_rows.size() || index.column() >= kColumnCount)
         return {};
     const CallRecord &r = m_rows.at(index.row());
     const auto column = Column(index.column());
@@ -53,17 +54,17 @@ QVariant CallListModel::data(const QModelIndex &index, int role) const
     case Qt::EditRole:
         return r[column];
     case Qt::TextAlignmentRole:
-        return column == Azimuth ? int(Qt::AlignRight | Qt::AlignVCenter) : int(Qt::AlignLeft | Qt::AlignVCenter);
+        return column == Column::Azimuth ? int(Qt::AlignRight | Qt::AlignVCenter) : int(Qt::AlignLeft | Qt::AlignVCenter);
     case Qt::BackgroundRole:
-        if (column == Callsign && r.callsignBack.isValid())
+        if (column == Column::Callsign && r.callsignBack.isValid())
             return r.callsignBack;
-        if (column == FirstName && r.firstNameBack.isValid())
+        if (column == Column::FirstName && r.firstNameBack.isValid())
             return r.firstNameBack;
         return {};
     case ThumbnailPathRole:
-        return column == FirstName ? QVariant(r.thumbnail) : QVariant();
+        return column == Column::FirstName ? QVariant(r.thumbnail) : QVariant();
     case ThumbnailRole: {
-        if (column != FirstName || r.thumbnail.isEmpty())
+        if (column != Column::FirstName || r.thumbnail.isEmpty())
             return {};
         auto it = m_thumbnailCache.find(r.thumbnail);
         if (it == m_thumbnailCache.end())
@@ -78,7 +79,7 @@ QVariant CallListModel::data(const QModelIndex &index, int role) const
 int CallListModel::findCallsign(const QString &callsign) const
 {
     for (int i = 0; i < m_rows.size(); ++i) {
-        if (m_rows[i][Callsign] == callsign)
+        if (m_rows[i][Column::Callsign] == callsign)
             return i;
     }
     return -1;
@@ -135,7 +136,7 @@ void CallListModel::setCellBackground(int row, Column column, const QColor &colo
 {
     if (row < 0 || row >= m_rows.size())
         return;
-    (column == Callsign ? m_rows[row].callsignBack : m_rows[row].firstNameBack) = colour;
+    (column == Column::Callsign ? m_rows[row].callsignBack : m_rows[row].firstNameBack) = colour;
     emit dataChanged(index(row, column), index(row, column), {Qt::BackgroundRole});
 }
 
@@ -146,12 +147,12 @@ void CallListModel::setThumbnail(int row, const QString &path)
     m_rows[row].thumbnail = path;
     // A new download replaces the file under the same name.
     m_thumbnailCache.remove(path);
-    emit dataChanged(index(row, FirstName), index(row, FirstName));
+    emit dataChanged(index(row, Column::FirstName), index(row, Column::FirstName));
 }
 
 void CallListModel::refreshRow(int row)
 {
-    emit dataChanged(index(row, 0), index(row, ColumnCount - 1));
+    emit dataChanged(index(row, 0), index(row, kColumnCount - 1));
 }
 
 LoadReport CallListModel::load(const QString &path, const LoadContext &context)
@@ -196,33 +197,33 @@ LoadReport CallListModel::load(const QString &path, const LoadContext &context)
         const QList<QStringView> fields = line.isEmpty() ? QList<QStringView>() : QStringView(line).split(u'*');
         const int n = int(fields.size());
         if (n > 0)
-            row[Callsign] = plainZero(fields[0].toString());
-        for (int c = 1; c <= Longitude && c < n; ++c)
+            row[Column::Callsign] = callsign::plainZero(fields[0].toString());
+        for (int c = 1; c <= int(Column::Longitude) && c < n; ++c)
             row.fields[std::size_t(c)] = fields[c].toString();
-        if (n > TimeStamp)
-            row[TimeStamp] = fields[TimeStamp].isEmpty() ? now : fields[TimeStamp].toString();
-        if (n > Extra)
-            row[Extra] = fields[Extra].toString();
-        if (n < ColumnCount) {
+        if (n > int(Column::TimeStamp))
+            row[Column::TimeStamp] = fields[int(Column::TimeStamp)].isEmpty() ? now : fields[int(Column::TimeStamp)].toString();
+        if (n > int(Column::Extra))
+            row[Column::Extra] = fields[int(Column::Extra)].toString();
+        if (n < kColumnCount) {
             report.badLine = r + 1;
             break;
         }
 
         row.callsignBack = QColor();
-        row.firstNameBack = isNicknameAtLoad(row[FullName], row[FirstName]) ? kNicknameColour : QColor();
+        row.firstNameBack = isNicknameAtLoad(row[Column::FullName], row[Column::FirstName]) ? kNicknameColour : QColor();
 
-        const double lat = app::val(row[Latitude]);
-        const double lon = app::val(row[Longitude]);
+        const double lat = app::val(row[Column::Latitude]);
+        const double lon = app::val(row[Column::Longitude]);
         if (lat == 0 || lon == 0) {
-            row[Azimuth].clear();
+            row[Column::Azimuth].clear();
         } else {
-            row[Azimuth] = maps::azimuthText(fromMe.bearing(lat, lon).degrees);
+            row[Column::Azimuth] = maps::azimuthText(fromMe.bearing(lat, lon).degrees);
         }
 
         // The thumbnail goes by the callsign as the file has it, slashed zero and all.
         row.thumbnail.clear();
         if (!thumbs.isEmpty()) {
-            const QString thumbName = app::safeFileName(fields[0].toString());
+            const QString thumbName = callsign::fileName(fields[0].toString());
             if (thumbs.contains(thumbName))
                 row.thumbnail = thumbsPrefix + thumbName + QStringLiteral(".jpg");
         }
@@ -247,7 +248,7 @@ void CallListModel::sortList(qint16 &selector)
     if (selector == 1)
         selector = 9;
     const int column = selector;
-    if (column < 0 || column >= ColumnCount)
+    if (column < 0 || column >= kColumnCount)
         return;
     // Sort row numbers, not rows, so selections and the current row follow
     // their entries through the sort.
@@ -257,7 +258,7 @@ void CallListModel::sortList(qint16 &selector)
     const auto key = [this, column](int row) { return QStringView(m_rows[row].fields[std::size_t(column)]); };
     const auto before = [&](int a, int b) {
         const int c = key(a).compare(key(b));
-        return column == Callsign ? c < 0 : c > 0;
+        return column == int(Column::Callsign) ? c < 0 : c > 0;
     };
     // A list comes back from its file in the order it was saved in, which is
     // nearly always sorted already: then there is nothing to move.

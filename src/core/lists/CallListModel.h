@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "CallRecord.h"
-#include "../maps/Geometry.h"
+#include "core/lists/CallRecord.h"
+#include "core/maps/Geometry.h"
 
 #include <QAbstractTableModel>
 #include <QImage>
@@ -44,6 +44,10 @@ public:
     static constexpr int ThumbnailPathRole = Qt::UserRole + 2;
 
     explicit CallListModel(QObject *parent = nullptr);
+
+    using QAbstractTableModel::index;
+    /// The cell of a row's field.
+    QModelIndex index(int row, Column column) const { return index(row, int(column)); }
 
     int rowCount(const QModelIndex &parent = {}) const override;
     int columnCount(const QModelIndex &parent = {}) const override;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "CallRecord.h"
+#include "core/lists/CallRecord.h"
 
 #include <QDateTime>
 
@@ -9,12 +9,12 @@ namespace marvik::lists {
 
 QString CallRecord::toLine() const
 {
-    qsizetype size = ColumnCount - 1;
+    qsizetype size = kColumnCount - 1;
     for (const QString &f : fields)
         size += f.size();
     QString line;
     line.reserve(size);
-    for (int c = 0; c < ColumnCount; ++c) {
+    for (int c = 0; c < kColumnCount; ++c) {
         if (c)
             line += u'*';
         line += fields[std::size_t(c)];
@@ -51,11 +51,6 @@ bool isNicknameAtLoad(const QString &fullName, const QString &firstName)
 bool isNicknameWhenEdited(const QString &fullName, const QString &firstName)
 {
     return firstWord(fullName) != firstName;
-}
-
-QString plainZero(QString callsign)
-{
-    return callsign.replace(QChar(0xD8), u'0');
 }
 
 } // namespace marvik::lists

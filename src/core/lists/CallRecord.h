@@ -10,7 +10,7 @@
 namespace marvik::lists {
 
 /// The eleven fields of a list entry, in file and grid column order.
-enum Column : int {
+enum class Column : int {
     Callsign = 0,
     FirstName,
     Azimuth,
@@ -22,8 +22,8 @@ enum Column : int {
     Longitude,
     TimeStamp,
     Extra,
-    ColumnCount
 };
+inline constexpr int kColumnCount = 11;
 
 /// A first name that is not the full name's first word.
 inline const QColor kNicknameColour{187, 238, 255};
@@ -35,7 +35,7 @@ inline const QColor kBlinkColour{255, 0, 0};
 /// One station of a list: one grid row, one list-file line.
 struct CallRecord
 {
-    std::array<QString, ColumnCount> fields;
+    std::array<QString, kColumnCount> fields;
     QColor callsignBack;  ///< back colour of the callsign cell; invalid: the grid's own
     QColor firstNameBack; ///< back colour of the first-name cell; invalid: the grid's own
     QString thumbnail;    ///< thumbnail file drawn beside the first name; empty: none
@@ -60,8 +60,5 @@ bool isNicknameAtLoad(const QString &fullName, const QString &firstName);
 /// The editors' nickname rule (copying, renaming, the add/edit dialog): the
 /// first word differs from the first name as it stands, case and all.
 bool isNicknameWhenEdited(const QString &fullName, const QString &firstName);
-
-/// A callsign with every slashed zero ("Ø") as a plain zero.
-QString plainZero(QString callsign);
 
 } // namespace marvik::lists

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "ListEditing.h"
+#include "core/lists/ListEditing.h"
 
-#include "../app/DataFolder.h"
-#include "../app/Number.h"
+#include "core/app/Callsign.h"
+#include "core/app/DataFolder.h"
+#include "core/app/Number.h"
 
 #include <QFileInfo>
 
@@ -24,52 +25,25 @@ QString defaultListName(const QString &listWord, int number)
     return listWord + u' ' + QString::number(number);
 }
 
-QString lookupCallsign(const QString &typed)
-{
-    QString call = plainZero(typed).toUpper();
-    if (call.startsWith(QLatin1String("DE ")))
-        call.remove(0, 3);
-    for (qsizetype i = 0; i < call.size(); ++i) {
-        if (call[i] == u'-' || call[i] == u' ')
-            return call.left(i);
-    }
-    return call;
-}
-
-QString callsignFromClipboard(const QString &clipboard)
-{
-    QString text = plainZero(clipboard.toUpper());
-    if (text.startsWith(QLatin1String("DE ")))
-        text.remove(0, 3);
-    // Codes 48 ("0") to 122 ("z") pass, so "DE:W1ABC" stays whole while a
-    // blank or "/" ends the callsign.
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        const char16_t c = text[i].unicode();
-        if (c < 48 || c > 122)
-            return text.left(i);
-    }
-    return text;
-}
-
 CallRecord copiedRecord(const CallRecord &source, const LoadContext &context)
 {
     CallRecord row;
     row.fields = source.fields;
-    const QString thumb = context.thumbsDir + u'/' + app::safeFileName(row[Callsign]) + QStringLiteral(".jpg");
+    const QString thumb = context.thumbsDir + u'/' + callsign::fileName(row[Column::Callsign]) + QStringLiteral(".jpg");
     if (!context.thumbsDir.isEmpty() && QFileInfo::exists(thumb))
         row.thumbnail = thumb;
-    if (isNicknameWhenEdited(row[FullName], row[FirstName]))
+    if (isNicknameWhenEdited(row[Column::FullName], row[Column::FirstName]))
         row.firstNameBack = kNicknameColour;
-    const double lat = app::val(row[Latitude]);
-    const double lon = app::val(row[Longitude]);
+    const double lat = app::val(row[Column::Latitude]);
+    const double lon = app::val(row[Column::Longitude]);
     if (lat != 0 && lon != 0)
-        row[Azimuth] = maps::azimuthText(maps::bearingFrom(context.me, lat, lon).degrees);
+        row[Column::Azimuth] = maps::azimuthText(maps::bearingFrom(context.me, lat, lon).degrees);
     return row;
 }
 
 bool copyRecordTo(const CallRecord &source, CallListModel &target, const LoadContext &context)
 {
-    if (target.findCallsign(source[Callsign]) >= 0)
+    if (target.findCallsign(source[Column::Callsign]) >= 0)
         return false;
     target.appendRecord(copiedRecord(source, context));
     return true;
@@ -99,10 +73,10 @@ int renameFirstName(CallListModel &model, const QString &callsign, const QString
 {
     int changed = 0;
     for (int r = 0; r < model.rowCount(); ++r) {
-        if (model.record(r)[Callsign] != callsign)
+        if (model.record(r)[Column::Callsign] != callsign)
             continue;
-        model.setField(r, FirstName, firstName);
-        model.setCellBackground(r, FirstName, kNicknameColour);
+        model.setField(r, Column::FirstName, firstName);
+        model.setCellBackground(r, Column::FirstName, kNicknameColour);
         ++changed;
     }
     return changed;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "CallListModel.h"
+#include "core/lists/CallListModel.h"
 
 #include <QString>
 
@@ -16,14 +16,6 @@ QString nameBeforeParen(const QString &caption);
 
 /// The default name of list `number`: the word for list, a blank, the number.
 QString defaultListName(const QString &listWord, int number);
-
-/// The callsign a lookup is made for, cleaned as typed or pasted: slashed
-/// zeros to "0", upper case, a leading "DE " dropped, cut at "-" or a blank.
-QString lookupCallsign(const QString &typed);
-
-/// The F8 paste rule: upper case, slashed zeros to "0", a leading "DE "
-/// dropped, then cut at the first character below "0" or above "z".
-QString callsignFromClipboard(const QString &clipboard);
 
 /// A row copied into another list: the cells as they stand, the nickname
 /// mark by the editors' case-sensitive rule, the thumbnail when the file

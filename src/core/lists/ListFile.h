@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "CallListModel.h"
+#include "core/lists/CallListModel.h"
 
 namespace marvik::lists {
 

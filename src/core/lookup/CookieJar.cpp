@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "CookieJar.h"
+#include "core/lookup/CookieJar.h"
 
-#include "app/Log.h"
-#include "app/TextFile.h"
+#include "core/app/Log.h"
+#include "core/app/TextFile.h"
 
 #include <QDateTime>
 #include <QDir>

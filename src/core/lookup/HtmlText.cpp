@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "HtmlText.h"
+#include "core/lookup/HtmlText.h"
 
-#include "app/Log.h"
-#include "app/TextCodec.h"
+#include "core/app/Log.h"
+#include "core/app/TextCodec.h"
 
 #include <QStringDecoder>
 

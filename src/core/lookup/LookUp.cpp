@@ -1,25 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "LookUp.h"
+#include "core/lookup/LookUp.h"
 
-#include "HtmlText.h"
-#include "NamedDownloads.h"
-#include "app/Log.h"
+#include "core/app/Callsign.h"
+#include "core/lookup/HtmlText.h"
+#include "core/lookup/NamedDownloads.h"
+#include "core/app/Log.h"
 
 #include <QUrl>
 
 namespace marvik::lookup {
 
 namespace {
-
-bool isSource(int dataBase)
-{
-    return dataBase >= kFirstSource && dataBase <= kLastSource;
-}
-
-QString withPlainZero(QString callSign)
-{
-    return callSign.replace(QChar(0xD8), u'0');
-}
 
 } // namespace
 
@@ -30,7 +21,7 @@ LookUp::LookUp(QNetworkAccessManager *network, const SourceSettings &settings, c
     , m_settings(settings)
     , m_ownCallsign(ownCallsign)
 {
-    m_reader.setQrzCqDomain(settings.domain(QrzCq));
+    m_reader.setQrzCqDomain(settings.domain(Source::QrzCq));
     connect(m_downloads, &NamedDownloads::finished, this, &LookUp::onFinished);
     connect(m_downloads, &NamedDownloads::failed, this, &LookUp::requestFailed);
 }
@@ -46,7 +37,7 @@ void LookUp::setDataBase(int dataBase)
 void LookUp::setSettings(const SourceSettings &settings)
 {
     m_settings = settings;
-    m_reader.setQrzCqDomain(settings.domain(QrzCq));
+    m_reader.setQrzCqDomain(settings.domain(Source::QrzCq));
 }
 
 void LookUp::setTransferTimeout(int milliseconds)
@@ -69,20 +60,20 @@ void LookUp::request(const QString &name, const QString &address, qint64 sizeLim
     m_downloads->start(name, url, sizeLimit);
 }
 
-QString LookUp::callPageAddress(int dataBase, const QString &callSign) const
+QString LookUp::callPageAddress(Source source, const QString &callSign) const
 {
-    // Blanks, "#" or "?" in what the user typed must not change the address's
-    // shape; "/" stays, as in portable calls.
-    const QByteArray encoded = QUrl::toPercentEncoding(withPlainZero(callSign), "/");
-    return m_settings.host(dataBase) + callPagePath(dataBase) + QString::fromLatin1(encoded);
+    // Whatever the user typed, the call stays one path segment or query
+    // value: "/", "?", "#" and blanks are percent-encoded.
+    return m_settings.host(source) + sourceInfo(source).callPagePath + callsign::forAddress(callsign::plainZero(callSign));
 }
 
 void LookUp::GetSite()
 {
     m_reader.setText({});
-    if (!isSource(m_dataBase))
+    const std::optional<Source> source = onlineSourceFromDataBase(m_dataBase);
+    if (!source)
         return;
-    request(requestLabel(m_settings, m_dataBase) + u'1', m_settings.host(m_dataBase) + sitePath(m_dataBase),
+    request(requestLabel(m_settings, *source) + u'1', m_settings.host(*source) + sourceInfo(*source).sitePath,
             kPageSizeLimit);
 }
 
@@ -90,18 +81,20 @@ void LookUp::GetPage(const QString &callSign)
 {
     m_reader.setText({});
     m_callSign = callSign.chopped(callSign.isEmpty() ? 0 : 1).toUpper();
-    if (!isSource(m_dataBase))
+    const std::optional<Source> source = onlineSourceFromDataBase(m_dataBase);
+    if (!source)
         return;
-    request(callSign, callPageAddress(m_dataBase, m_callSign), kPageSizeLimit);
+    request(callSign, callPageAddress(*source, m_callSign), kPageSizeLimit);
 }
 
 void LookUp::GetLatLon(const QString &callSign)
 {
-    setDataBase(m_currentSource + 1);
-    if (!isSource(m_dataBase))
+    setDataBase(dataBaseOf(m_currentSource));
+    const std::optional<Source> source = onlineSourceFromDataBase(m_dataBase);
+    if (!source)
         return;
     const QString call = callSign.chopped(callSign.isEmpty() ? 0 : 1).toUpper();
-    request(QStringLiteral("LatLon4"), callPageAddress(m_dataBase, call), kPageSizeLimit);
+    request(QStringLiteral("LatLon4"), callPageAddress(*source, call), kPageSizeLimit);
 }
 
 void LookUp::GetPicture(const QString &url, const QString &name)
@@ -119,15 +112,15 @@ void LookUp::CheckUpdates()
 bool LookUp::loggedIn() const
 {
     const QString &text = m_reader.text();
-    switch (m_dataBase) {
-    case EHam: return pagetext::find(text, u"Log Out", 1) > 0;
+    switch (onlineSourceFromDataBase(m_dataBase).value_or(Source::QrzCd)) {
+    case Source::EHam: return pagetext::find(text, u"Log Out", 1) > 0;
     // An empty own callsign is "found" at once, as the Windows program's
     // search found an empty text.
-    case Qrz: return pagetext::find(text, m_ownCallsign, 1) > 0;
+    case Source::Qrz: return pagetext::find(text, m_ownCallsign, 1) > 0;
     // QRZCQ and HamCall were tested against an empty text and so never
     // report a log-in; Callook needs none. Kept as the program behaved.
-    case QrzCq: return pagetext::find(QString(), u"logout", 1) > 0;
-    case HamCall: return pagetext::find(QString(), u"Log Out", 1) > 0;
+    case Source::QrzCq: return pagetext::find(QString(), u"logout", 1) > 0;
+    case Source::HamCall: return pagetext::find(QString(), u"Log Out", 1) > 0;
     default: return false;
     }
 }

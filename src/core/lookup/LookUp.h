@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "PageReader.h"
-#include "SourceSettings.h"
+#include "core/lookup/PageReader.h"
+#include "core/lookup/SourceSettings.h"
 
 #include <QByteArray>
 #include <QObject>
@@ -42,9 +42,9 @@ public:
     const SourceSettings &settings() const { return m_settings; }
     /// The user's callsign: a QRZ page that shows it means "logged in".
     void setOwnCallsign(const QString &callsign) { m_ownCallsign = callsign; }
-    /// The main window's current source (menu index 0..6); GetLatLon uses it.
-    void setCurrentSource(int menuIndex) { m_currentSource = menuIndex; }
-    int currentSource() const { return m_currentSource; }
+    /// The main window's current source; GetLatLon uses it.
+    void setCurrentSource(Source source) { m_currentSource = source; }
+    Source currentSource() const { return m_currentSource; }
     void setTransferTimeout(int milliseconds);
 
     /// The decoded text of the last page (CR LF line breaks).
@@ -116,7 +116,7 @@ private:
     void request(const QString &name, const QString &address, qint64 sizeLimit);
     void onFinished(const QString &name, const QByteArray &bytes, const QByteArray &contentType);
     bool loggedIn() const;
-    QString callPageAddress(int dataBase, const QString &callSign) const;
+    QString callPageAddress(Source source, const QString &callSign) const;
 
     NamedDownloads *m_downloads;
     SourceSettings m_settings;
@@ -126,7 +126,7 @@ private:
     QString m_callSign;
     ReaderEvent m_lastNameEvent = ReaderEvent::None;
     int m_dataBase = 0;
-    int m_currentSource = Qrz - 1;
+    Source m_currentSource = Source::Qrz;
     double m_lastLatitude = 0;
     double m_lastLongitude = 0;
 };

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "LookupResult.h"
+#include "core/lookup/LookupResult.h"
 
-#include "LookUp.h"
-#include "app/Log.h"
-#include "app/Number.h"
-#include "lists/CallRecord.h"
-#include "lists/ListEditing.h"
+#include "core/lookup/LookUp.h"
+#include "core/app/Log.h"
+#include "core/app/Number.h"
+#include "core/lists/CallRecord.h"
+#include "core/lists/ListEditing.h"
 
 #include <QDateTime>
 
@@ -76,12 +76,6 @@ LookupResult readPage(LookUp &lookUp, const QString &callSign, bool withExtras)
     return readLookupResult(lookUp, callSign, withExtras);
 }
 
-QString cleanCallsign(const QString &typed)
-{
-    // The same clean-up the window applies to a typed callsign.
-    return lists::lookupCallsign(typed);
-}
-
 void writeLookupResult(lists::CallRecord &row, bool existing, const QString &callSign, const LookupResult &result,
                        const maps::Position &me, const QDateTime &now)
 {
@@ -96,18 +90,18 @@ void writeLookupResult(lists::CallRecord &row, bool existing, const QString &cal
     if (!existing) {
         row = CallRecord();
     }
-    row[Callsign] = callSign;
-    row[FullName] = fullName;
-    if (!existing || row[FirstName].isEmpty())
-        row[FirstName] = firstWord(fullName);
-    row[Address] = result.address1.trimmed();
-    row[City] = result.address2.trimmed();
-    row[Country] = country;
-    row[Latitude] = app::shortestDecimal(result.latitude);
-    row[Longitude] = app::shortestDecimal(result.longitude);
-    row[TimeStamp] = timeStamp(now);
-    row[Azimuth] = maps::azimuthText(maps::bearingFrom(me, result.latitude, result.longitude).degrees);
-    row.firstNameBack = isNicknameAtLoad(row[FullName], row[FirstName]) ? kNicknameColour : QColor();
+    row[Column::Callsign] = callSign;
+    row[Column::FullName] = fullName;
+    if (!existing || row[Column::FirstName].isEmpty())
+        row[Column::FirstName] = firstWord(fullName);
+    row[Column::Address] = result.address1.trimmed();
+    row[Column::City] = result.address2.trimmed();
+    row[Column::Country] = country;
+    row[Column::Latitude] = app::shortestDecimal(result.latitude);
+    row[Column::Longitude] = app::shortestDecimal(result.longitude);
+    row[Column::TimeStamp] = timeStamp(now);
+    row[Column::Azimuth] = maps::azimuthText(maps::bearingFrom(me, result.latitude, result.longitude).degrees);
+    row.firstNameBack = isNicknameAtLoad(row[Column::FullName], row[Column::FirstName]) ? kNicknameColour : QColor();
 }
 
 } // namespace marvik::lookup

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "maps/Geometry.h"
+#include "core/maps/Geometry.h"
 
 #include <QString>
 
@@ -59,11 +59,6 @@ LookupResult readLookupResult(LookUp &lookUp, const QString &callSign, bool with
 /// Reading a page that did not come through GetPage (a saved page): first the
 /// test GetPage makes, whether the page mentions the callsign at all.
 LookupResult readPage(LookUp &lookUp, const QString &callSign, bool withExtras = true);
-
-/// The callsign as it goes to GetPage (without the kind character): slashed
-/// zeros become "0", upper case, a leading "DE " dropped, and cut before the
-/// first "-" or blank (W1AW-5 and "W1AW /P" give W1AW).
-QString cleanCallsign(const QString &typed);
 
 /// Writes a lookup result into a list row: a new row (`existing` false) or an
 /// update of the call's row, which keeps its first name and Extra. Names and

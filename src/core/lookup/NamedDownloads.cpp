@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "NamedDownloads.h"
+#include "core/lookup/NamedDownloads.h"
 
-#include "app/Log.h"
+#include "core/app/Log.h"
 
 #include <QNetworkAccessManager>
 #include <QNetworkReply>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "PageReader.h"
+#include "core/lookup/PageReader.h"
 
-#include "SourceSettings.h"
-#include "app/Number.h"
+#include "core/lookup/SourceSettings.h"
+#include "core/app/Number.h"
 
 #include <cmath>
 
@@ -26,12 +26,12 @@ bool contains(QStringView text, QStringView what)
 QString PageReader::name(const QString &callSign, ReaderEvent &event)
 {
     event = ReaderEvent::None;
-    switch (m_dataBase) {
-    case EHam: return nameEHam(callSign, event);
-    case Qrz: return nameQrz(event);
-    case QrzCq: return nameQrzCq(event);
-    case Callook: return nameCallook(event);
-    case HamCall: return nameHamCall(event);
+    switch (m_source.value_or(Source::QrzCd)) {
+    case Source::EHam: return nameEHam(callSign, event);
+    case Source::Qrz: return nameQrz(event);
+    case Source::QrzCq: return nameQrzCq(event);
+    case Source::Callook: return nameCallook(event);
+    case Source::HamCall: return nameHamCall(event);
     default: return {};
     }
 }
@@ -145,25 +145,25 @@ QString PageReader::nextLine(int shortenBy)
 
 QString PageReader::address1()
 {
-    if (m_dataBase < kFirstSource || m_dataBase > kLastSource)
+    if (!m_source)
         return {};
     return nextLine(0);
 }
 
 QString PageReader::address2()
 {
-    if (m_dataBase < kFirstSource || m_dataBase > kLastSource)
+    if (!m_source)
         return {};
     // HamCall's second address line loses its last three characters; the
     // Windows program cut it so and the stored lists carry it so.
-    return nextLine(m_dataBase == HamCall ? 3 : 0);
+    return nextLine(m_source == Source::HamCall ? 3 : 0);
 }
 
 QString PageReader::country()
 {
-    if (m_dataBase < kFirstSource || m_dataBase > kLastSource)
+    if (!m_source)
         return {};
-    if (m_dataBase == Callook)
+    if (m_source == Source::Callook)
         return QStringLiteral("U.S.A.");
     return nextLine(0);
 }
@@ -173,12 +173,12 @@ double PageReader::coordinate(QStringView marker, int longitudeShift)
     QStringView endMark;
     int k = 0;
     int d = 0;
-    switch (m_dataBase) {
-    case EHam: endMark = kCrLf; k = 3; d = 9; break;
-    case Qrz: endMark = u" "; k = 2; d = 8; break;
-    case QrzCq: endMark = u" "; k = 2; d = 9; break;
-    case Callook: endMark = kCrLf; k = 3; d = 9; break;
-    case HamCall: endMark = u","; k = 2; d = 9; break;
+    switch (m_source.value_or(Source::QrzCd)) {
+    case Source::EHam: endMark = kCrLf; k = 3; d = 9; break;
+    case Source::Qrz: endMark = u" "; k = 2; d = 8; break;
+    case Source::QrzCq: endMark = u" "; k = 2; d = 9; break;
+    case Source::Callook: endMark = kCrLf; k = 3; d = 9; break;
+    case Source::HamCall: endMark = u","; k = 2; d = 9; break;
     default: return 0;
     }
     d += longitudeShift;
@@ -195,7 +195,7 @@ double PageReader::coordinate(QStringView marker, int longitudeShift)
         value = 0;
     // HamCall prints unsigned degrees with a hemisphere letter; the others
     // print the sign.
-    if (m_dataBase == HamCall && text.endsWith(longitudeShift ? u'W' : u'S'))
+    if (m_source == Source::HamCall && text.endsWith(longitudeShift ? u'W' : u'S'))
         value = -value;
     return value;
 }
@@ -223,12 +223,12 @@ QString PageReader::markedValue(QStringView marker, QStringView endMark, int sea
 
 QString PageReader::licenceClass()
 {
-    switch (m_dataBase) {
-    case EHam: return markedValue(u"License Class", kCrLf, 2, 14, 14);
-    case QrzCq:
-    case Callook: return markedValue(u"Class", kCrLf, 2, 7, 7);
-    case HamCall: return markedValue(u"License Class", kCrLf, 2, 15, 15);
-    case Qrz: {
+    switch (m_source.value_or(Source::QrzCd)) {
+    case Source::EHam: return markedValue(u"License Class", kCrLf, 2, 14, 14);
+    case Source::QrzCq:
+    case Source::Callook: return markedValue(u"Class", kCrLf, 2, 7, 7);
+    case Source::HamCall: return markedValue(u"License Class", kCrLf, 2, 15, 15);
+    case Source::Qrz: {
         const qint64 q = find(m_text, u"QRZ Record", 1);
         if (q == 0)
             return {};
@@ -256,27 +256,27 @@ QString PageReader::previousCall()
 
 QString PageReader::dateOfBirth()
 {
-    switch (m_dataBase) {
-    case Qrz: return markedValue(u"Born", kCrLf, 3, 4, 4);
-    case HamCall: return markedValue(u"Birth Date", kCrLf, 3, 12, 12);
+    switch (m_source.value_or(Source::QrzCd)) {
+    case Source::Qrz: return markedValue(u"Born", kCrLf, 3, 4, 4);
+    case Source::HamCall: return markedValue(u"Birth Date", kCrLf, 3, 12, 12);
     default: return {};
     }
 }
 
 QString PageReader::gridSquare()
 {
-    switch (m_dataBase) {
-    case Qrz: return markedValue(u"Grid Square", kCrLf, 3, 11, 11);
+    switch (m_source.value_or(Source::QrzCd)) {
+    case Source::Qrz: return markedValue(u"Grid Square", kCrLf, 3, 11, 11);
     // Callook's value starts two characters later than its length allows
     // for, so it runs into the line break and ends in CR LF.
-    case Callook: return markedValue(u"Grid Square", kCrLf, 3, 13, 11);
+    case Source::Callook: return markedValue(u"Grid Square", kCrLf, 3, 13, 11);
     default: return {};
     }
 }
 
 QString PageReader::webPage()
 {
-    if (m_dataBase != Qrz)
+    if (m_source != Source::Qrz)
         return {};
     return markedValue(u"Web Page", kCrLf, 3, 8, 8);
 }

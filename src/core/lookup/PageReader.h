@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "PageText.h"
+#include "core/lookup/PageText.h"
+#include "core/lookup/Sources.h"
 
 #include <QString>
 
@@ -27,8 +28,8 @@ public:
 
     /// The source: 1 eHam, 2 QRZ, 3 QRZCQ, 4 Callook, 5 HamCall; any other
     /// number makes every reader return nothing.
-    void setDataBase(int dataBase) { m_dataBase = dataBase; }
-    int dataBase() const { return m_dataBase; }
+    void setDataBase(int dataBase) { m_source = onlineSourceFromDataBase(dataBase); }
+    std::optional<Source> source() const { return m_source; }
 
     /// QRZCQ's pages are recognised by the service's own domain name.
     void setQrzCqDomain(const QString &domain) { m_qrzCqDomain = domain; }
@@ -66,7 +67,7 @@ private:
 
     QString m_text;
     int m_cursor = 0;
-    int m_dataBase = 0;
+    std::optional<Source> m_source;
     QString m_qrzCqDomain = QStringLiteral("QRZCQ.com");
 };
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "PageText.h"
+#include "core/lookup/PageText.h"
 
 #include <limits>
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "PictureDownloader.h"
+#include "core/lookup/PictureDownloader.h"
 
-#include "NamedDownloads.h"
-#include "app/Log.h"
+#include "core/lookup/NamedDownloads.h"
+#include "core/app/Log.h"
 
 #include <QUrl>
 

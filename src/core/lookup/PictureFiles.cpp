@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "PictureFiles.h"
+#include "core/lookup/PictureFiles.h"
 
-#include "app/DataFolder.h"
-#include "app/Log.h"
-#include "app/TextFile.h"
+#include "core/app/Callsign.h"
+#include "core/app/DataFolder.h"
+#include "core/app/Log.h"
+#include "core/app/TextFile.h"
 
 #include <QBuffer>
 #include <QCoreApplication>
@@ -18,10 +19,8 @@ namespace marvik::lookup {
 
 QString pictureAddress(const QString &picturesHost, const QString &callSign)
 {
-    const QString first = callSign.right(1).toLower();
-    QString call = callSign;
-    call.replace(QChar(0xD8), u'0');
-    call = call.toLower();
+    const QString first = callsign::forAddress(callSign.right(1).toLower());
+    const QString call = callsign::forAddress(callsign::plainZero(callSign).toLower());
     return picturesHost + first + u'/' + call + u'/' + call + QStringLiteral(".jpg");
 }
 

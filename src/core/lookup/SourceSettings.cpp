@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "SourceSettings.h"
+#include "core/lookup/SourceSettings.h"
 
 #include <QSettings>
 
@@ -7,38 +7,36 @@ namespace marvik::lookup {
 
 namespace {
 
-bool inRange(int dataBase)
+std::size_t slot(Source source)
 {
-    return dataBase >= kFirstSource && dataBase <= kLastSource;
-}
-
-std::size_t slot(int dataBase)
-{
-    return std::size_t(dataBase - kFirstSource);
+    return std::size_t(menuIndexOf(source));
 }
 
 } // namespace
 
 SourceSettings::SourceSettings()
-    : m_hosts{QStringLiteral("https://www.eham.net"), QStringLiteral("https://www.qrz.com"),
-              QStringLiteral("https://www.qrzcq.com"), QStringLiteral("https://callook.info"),
-              QStringLiteral("https://hamcall.net")}
-    , m_domains{QStringLiteral("eHam.net"), QStringLiteral("QRZ.com"), QStringLiteral("QRZCQ.com"),
-                QStringLiteral("Callook.info"), QStringLiteral("HamCall.net")}
-    , m_picturesHost(QStringLiteral("https://files.qrz.com/"))
+    : m_picturesHost(QStringLiteral("https://files.qrz.com/"))
     , m_streetViewHost(QStringLiteral("http://maps.google.com"))
     , m_satelliteHost(QStringLiteral("https://www.google.com"))
 {
+    for (const SourceInfo &info : sourceTable()) {
+        m_hosts[slot(info.source)] = info.defaultHost.toString();
+        m_domains[slot(info.source)] = info.defaultDomain.toString();
+    }
 }
 
 SourceSettings SourceSettings::load(QSettings &store)
 {
     SourceSettings s;
     store.beginGroup(QStringLiteral("Sources"));
-    for (int db = kFirstSource; db <= kLastSource; ++db) {
-        const QString key = keyName(db);
-        s.m_hosts[slot(db)] = store.value(key + QStringLiteral("/Host"), s.m_hosts[slot(db)]).toString();
-        s.m_domains[slot(db)] = store.value(key + QStringLiteral("/Domain"), s.m_domains[slot(db)]).toString();
+    for (const SourceInfo &info : sourceTable()) {
+        if (!info.online)
+            continue;
+        const QString key = info.key.toString();
+        QString &host = s.m_hosts[slot(info.source)];
+        QString &domain = s.m_domains[slot(info.source)];
+        host = store.value(key + QStringLiteral("/Host"), host).toString();
+        domain = store.value(key + QStringLiteral("/Domain"), domain).toString();
     }
     s.m_picturesHost = store.value(QStringLiteral("Pictures/Host"), s.m_picturesHost).toString();
     s.m_updatesUrl = store.value(QStringLiteral("Updates/Url"), s.m_updatesUrl).toString();
@@ -58,9 +56,11 @@ SourceSettings SourceSettings::load()
 void SourceSettings::save(QSettings &store) const
 {
     store.beginGroup(QStringLiteral("Sources"));
-    for (int db = kFirstSource; db <= kLastSource; ++db) {
-        store.setValue(keyName(db) + QStringLiteral("/Host"), m_hosts[slot(db)]);
-        store.setValue(keyName(db) + QStringLiteral("/Domain"), m_domains[slot(db)]);
+    for (const SourceInfo &info : sourceTable()) {
+        if (!info.online)
+            continue;
+        store.setValue(info.key + QStringLiteral("/Host"), m_hosts[slot(info.source)]);
+        store.setValue(info.key + QStringLiteral("/Domain"), m_domains[slot(info.source)]);
     }
     store.setValue(QStringLiteral("Pictures/Host"), m_picturesHost);
     store.setValue(QStringLiteral("Updates/Url"), m_updatesUrl);
@@ -70,100 +70,49 @@ void SourceSettings::save(QSettings &store) const
     store.endGroup();
 }
 
-QString SourceSettings::host(int dataBase) const
+QString SourceSettings::host(Source source) const
 {
-    return inRange(dataBase) ? m_hosts[slot(dataBase)] : QString();
+    return isOnline(source) ? m_hosts[slot(source)] : QString();
 }
 
-void SourceSettings::setHost(int dataBase, const QString &host)
+void SourceSettings::setHost(Source source, const QString &host)
 {
-    if (inRange(dataBase))
-        m_hosts[slot(dataBase)] = host;
+    if (isOnline(source))
+        m_hosts[slot(source)] = host;
 }
 
-QString SourceSettings::domain(int dataBase) const
+QString SourceSettings::domain(Source source) const
 {
-    return inRange(dataBase) ? m_domains[slot(dataBase)] : QString();
+    return isOnline(source) ? m_domains[slot(source)] : QString();
 }
 
-void SourceSettings::setDomain(int dataBase, const QString &domain)
+void SourceSettings::setDomain(Source source, const QString &domain)
 {
-    if (inRange(dataBase))
-        m_domains[slot(dataBase)] = domain;
+    if (isOnline(source))
+        m_domains[slot(source)] = domain;
 }
 
-QString SourceSettings::keyName(int dataBase)
+QString requestLabel(const SourceSettings &settings, Source source)
 {
-    switch (dataBase) {
-    case EHam: return QStringLiteral("eHam");
-    case Qrz: return QStringLiteral("QRZ");
-    case QrzCq: return QStringLiteral("QRZCQ");
-    case Callook: return QStringLiteral("Callook");
-    case HamCall: return QStringLiteral("HamCall");
-    default: return {};
-    }
-}
-
-QString sitePath(int dataBase)
-{
-    if (!inRange(dataBase))
+    const SourceInfo &info = sourceInfo(source);
+    if (!info.online)
         return {};
-    return dataBase == HamCall ? QStringLiteral("/call") : QStringLiteral("/");
+    return info.requestLabel.isEmpty() ? settings.domain(source) : info.requestLabel.toString();
 }
 
-QString callPagePath(int dataBase)
+QString menuLabel(const SourceSettings &settings, Source source)
 {
-    switch (dataBase) {
-    case EHam: return QStringLiteral("/callbook/");
-    case Qrz: return QStringLiteral("/db/");
-    case QrzCq: return QStringLiteral("/call/");
-    case Callook: return QStringLiteral("/");
-    case HamCall: return QStringLiteral("/call?callsign=");
-    default: return {};
-    }
+    if (!isOnline(source))
+        return sourceInfo(source).caption.toString();
+    // Callook's label is its domain name in capitals.
+    return source == Source::Callook ? settings.domain(source).toUpper() : settings.domain(source);
 }
 
-QString requestLabel(const SourceSettings &settings, int dataBase)
+QString siteAddress(const SourceSettings &settings, Source source)
 {
-    switch (dataBase) {
-    case EHam: return settings.domain(EHam);
-    case Qrz: return QStringLiteral("QRZ");
-    case QrzCq: return QStringLiteral("QRZCQ");
-    case Callook: return QStringLiteral("callook");
-    case HamCall: return QStringLiteral("HamCall");
-    default: return {};
-    }
-}
-
-QString menuLabel(const SourceSettings &settings, int menuIndex)
-{
-    switch (menuIndex) {
-    case kQrzCdMenuIndex: return QStringLiteral("QRZ CD");
-    case kHamCallCdMenuIndex: return QStringLiteral("HamCall CD");
-    case Callook - 1: return settings.domain(Callook).toUpper();
-    default: return settings.domain(menuIndex + 1);
-    }
-}
-
-QString siteAddress(const SourceSettings &settings, int menuIndex)
-{
-    if (menuIndex == Qrz - 1)
-        return settings.host(Qrz) + QStringLiteral("/db/");
-    return settings.host(menuIndex + 1);
-}
-
-int sourceFromName(const QString &name)
-{
-    const QString n = name.trimmed().toLower();
-    bool ok = false;
-    const int number = n.toInt(&ok);
-    if (ok)
-        return inRange(number) ? number : 0;
-    for (int db = kFirstSource; db <= kLastSource; ++db) {
-        if (SourceSettings::keyName(db).toLower() == n)
-            return db;
-    }
-    return 0;
+    if (source == Source::Qrz)
+        return settings.host(source) + sourceInfo(source).callPagePath;
+    return settings.host(source);
 }
 
 } // namespace marvik::lookup

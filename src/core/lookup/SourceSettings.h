@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "core/lookup/Sources.h"
+
 #include <QString>
 
 #include <array>
@@ -8,15 +10,6 @@
 class QSettings;
 
 namespace marvik::lookup {
-
-/// The five online callbooks by their `data_base` number.
-enum Source : int { EHam = 1, Qrz = 2, QrzCq = 3, Callook = 4, HamCall = 5 };
-
-inline constexpr int kFirstSource = EHam;
-inline constexpr int kLastSource = HamCall;
-/// Menu indexes of the two CD callbooks, which start no online request.
-inline constexpr int kQrzCdMenuIndex = 5;
-inline constexpr int kHamCallCdMenuIndex = 6;
 
 /// Where the callbooks, the picture host and the maker's site are, kept in
 /// group "Sources" of the settings store so a user (or a test) can move them.
@@ -31,13 +24,13 @@ public:
     static SourceSettings load();
     void save(QSettings &store) const;
 
-    /// Scheme and host (and port) of a source, no trailing slash. Empty for a
-    /// number outside 1..5.
-    QString host(int dataBase) const;
-    void setHost(int dataBase, const QString &host);
+    /// Scheme and host (and port) of an online source, no trailing slash.
+    /// Empty for a CD callbook.
+    QString host(Source source) const;
+    void setHost(Source source, const QString &host);
     /// The source's domain name as its pages print it ("QRZCQ.com").
-    QString domain(int dataBase) const;
-    void setDomain(int dataBase, const QString &domain);
+    QString domain(Source source) const;
+    void setDomain(Source source, const QString &domain);
 
     /// The operator-picture host, ending in "/".
     QString picturesHost() const { return m_picturesHost; }
@@ -52,13 +45,9 @@ public:
     QString satelliteHost() const { return m_satelliteHost; }
     void setSatelliteHost(const QString &host) { m_satelliteHost = host; }
 
-    /// The key prefix of a source in the store: "eHam", "QRZ", "QRZCQ",
-    /// "Callook", "HamCall".
-    static QString keyName(int dataBase);
-
 private:
-    std::array<QString, 5> m_hosts;
-    std::array<QString, 5> m_domains;
+    std::array<QString, kSourceCount> m_hosts;
+    std::array<QString, kSourceCount> m_domains;
     QString m_picturesHost;
     QString m_updatesUrl;
     QString m_downloadUrl;
@@ -66,23 +55,15 @@ private:
     QString m_satelliteHost;
 };
 
-/// The page that tells whether the user is logged in: "/" ("/call" for HamCall).
-QString sitePath(int dataBase);
-/// What a callsign is appended to for its page: "/db/", "/call?callsign=", ...
-QString callPagePath(int dataBase);
 /// The subject of a site request, which its page must contain: eHam's domain
 /// name, "QRZ", "QRZCQ", "callook", "HamCall".
-QString requestLabel(const SourceSettings &settings, int dataBase);
+QString requestLabel(const SourceSettings &settings, Source source);
 
-/// The caption of the source menu for a menu index 0..6 (Callook's domain in
-/// capitals, "QRZ CD", "HamCall CD").
-QString menuLabel(const SourceSettings &settings, int menuIndex);
-/// The site a menu index stands for: the host (QRZ's with "/db/"), empty for
+/// The label of a source in the Database menu's caption: the domain name
+/// (Callook's in capitals), "QRZ CD", "HamCall CD".
+QString menuLabel(const SourceSettings &settings, Source source);
+/// The site a source stands for: the host (QRZ's with "/db/"), empty for
 /// the CD callbooks.
-QString siteAddress(const SourceSettings &settings, int menuIndex);
-
-/// A source named on a command line: "1".."5" or eham, qrz, qrzcq, callook,
-/// hamcall in any case. 0 when it names none.
-int sourceFromName(const QString &name);
+QString siteAddress(const SourceSettings &settings, Source source);
 
 } // namespace marvik::lookup

@@ -10,4 +10,5 @@ target_sources(marvik_core PRIVATE
   lookup/PageText.cpp lookup/PageText.h
   lookup/PictureDownloader.cpp lookup/PictureDownloader.h
   lookup/PictureFiles.cpp lookup/PictureFiles.h
-  lookup/SourceSettings.cpp lookup/SourceSettings.h)
+  lookup/SourceSettings.cpp lookup/SourceSettings.h
+  lookup/Sources.cpp lookup/Sources.h)

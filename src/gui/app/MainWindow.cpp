@@ -1,17 +1,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "MainWindow.h"
+#include "gui/app/MainWindow.h"
 
-#include "lists/HeadingBar.h"
-#include "lists/ListGrid.h"
-#include "lists/ListNamesDialog.h"
-#include "lists/ThumbnailDelegate.h"
+#include "gui/lists/HeadingBar.h"
+#include "gui/lists/ListGrid.h"
+#include "gui/lists/ListNamesDialog.h"
+#include "gui/lists/ThumbnailDelegate.h"
 
-#include <core/app/Log.h>
-#include <core/app/Number.h>
-#include <core/app/Placement.h>
-#include <core/app/TextFile.h>
-#include <core/lists/ListEditing.h>
-#include <core/lists/ListFile.h>
+#include "core/app/Log.h"
+#include "core/app/Callsign.h"
+#include "core/app/Number.h"
+#include "core/app/Placement.h"
+#include "core/app/TextFile.h"
+#include "core/lists/ListEditing.h"
+#include "core/lists/ListFile.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -63,8 +64,6 @@ const QColor kButtonColour(170, 197, 255);
 
 // The source table's names: the menu captions, and the settings keys of
 // their domain names, which are the labels of the Database menu.
-const char16_t *const kSourceNames[] = {u"eHam", u"QRZ", u"QRZCQ", u"Callook", u"HamCall", u"QRZ CD", u"HamCall CD"};
-const char16_t *const kDefaultDomains[] = {u"eHam.net", u"QRZ.com", u"QRZCQ.com", u"Callook.info", u"HamCall.net"};
 
 void setAlarmLook(QLabel *label, bool alarm)
 {
@@ -121,7 +120,7 @@ void MainWindow::buildMenus()
 
     m_mnuDatabase = namedMenu(bar->addMenu(QStringLiteral("Database")), QStringLiteral("mnuDatabase"));
     for (int i = 0; i < 7; ++i) {
-        QAction *a = named(m_mnuDatabase->addAction(QString::fromUtf16(kSourceNames[i])),
+        QAction *a = named(m_mnuDatabase->addAction(lookup::sourceTable()[std::size_t(i)].caption.toString()),
                            QStringLiteral("mnuSource%1").arg(i));
         a->setCheckable(true);
         connect(a, &QAction::triggered, this, [this, i] { chooseSource(i); });
@@ -141,7 +140,7 @@ void MainWindow::buildMenus()
     connect(m_mnuLatLon, &QAction::triggered, this, &MainWindow::setupRequested);
     m_mnuDB = namedMenu(setup->addMenu(QStringLiteral("Default database")), QStringLiteral("mnuDB"));
     for (int i = 0; i < 7; ++i) {
-        QAction *a = named(m_mnuDB->addAction(QString::fromUtf16(kSourceNames[i])),
+        QAction *a = named(m_mnuDB->addAction(lookup::sourceTable()[std::size_t(i)].caption.toString()),
                            QStringLiteral("mnuDefaultDB%1").arg(i));
         a->setCheckable(true);
         connect(a, &QAction::triggered, this, [this, i] { chooseDefaultDatabase(i); });
@@ -595,7 +594,7 @@ void MainWindow::setCurrentRow(int row)
     ListGrid *g = grid(currentList());
     if (row < 0 || row >= g->model()->rowCount())
         return;
-    g->setCurrentIndex(g->model()->index(row, lists::Callsign));
+    g->setCurrentIndex(g->model()->index(row, int(lists::Column::Callsign)));
     g->selectRow(row);
 }
 
@@ -697,13 +696,13 @@ void MainWindow::applyView()
     // Columns beyond the edges keep the expanded widths in the normal view,
     // so a wider window shows the address as the grid did.
     for (ListGrid *g : m_grids) {
-        for (int c = 0; c < lists::ColumnCount; ++c) {
+        for (int c = 0; c < lists::kColumnCount; ++c) {
             int w = 0;
             if (c + 1 < edges.size())
                 w = edges[c + 1] - edges[c];
             else if (c + 1 < kExpandedEdges.size())
                 w = kExpandedEdges[c + 1] - kExpandedEdges[c];
-            else if (c == lists::Country)
+            else if (c == int(lists::Column::Country))
                 w = kCountryWidth;
             g->setColumnHidden(c, w == 0);
             if (w)
@@ -786,7 +785,7 @@ void MainWindow::gridMouseUp(Qt::MouseButton button, QPoint pos)
 void MainWindow::preparePopup(int row)
 {
     const lists::CallRecord &record = currentModel()->record(row);
-    const QString &call = record[lists::Callsign];
+    const QString &call = record[lists::Column::Callsign];
     m_mnuName->setText(i18n::fillIn(m_texts.menuName, call));
     m_mnuAddCall->menuAction()->setText(i18n::fillIn(m_texts.menuAddCall, call));
     m_mnuUpdate->setText(i18n::fillIn(m_texts.menuUpdate, call, m_sourceLabel));
@@ -795,7 +794,7 @@ void MainWindow::preparePopup(int row)
     m_mnuStView[1]->setText(i18n::fillIn(m_texts.menuSatellite, call));
 
     // Only the longitude decides, as it always has; the latitude is not tested.
-    const bool hasLongitude = app::val(record[lists::Longitude]) != 0;
+    const bool hasLongitude = app::val(record[lists::Column::Longitude]) != 0;
     const bool views = hooked(QMetaMethod::fromSignal(&MainWindow::streetViewRequested));
     for (QAction *a : m_mnuStView)
         a->setEnabled(hasLongitude && views);
@@ -833,7 +832,7 @@ void MainWindow::refreshHookStates()
     m_cmdMap->setEnabled(hooked(QMetaMethod::fromSignal(&MainWindow::mapRequested)));
     m_mnuAdd->setEnabled(hooked(QMetaMethod::fromSignal(&MainWindow::addEditRequested)));
     m_mnuLatLon->setEnabled(hooked(QMetaMethod::fromSignal(&MainWindow::setupRequested)));
-    m_mnuLogin->setEnabled(m_currentSource <= 4 && hooked(QMetaMethod::fromSignal(&MainWindow::loginRequested)));
+    m_mnuLogin->setEnabled(lookup::isOnline(m_currentSource) && hooked(QMetaMethod::fromSignal(&MainWindow::loginRequested)));
     m_mnuLogin->setText(i18n::fillIn(m_texts.menuLogin, QString(), m_sourceLabel));
     const bool languages = hooked(QMetaMethod::fromSignal(&MainWindow::languageRequested));
     for (QAction *a : m_mnuLang)
@@ -854,7 +853,7 @@ void MainWindow::keyPressEvent(QKeyEvent *event)
 
 void MainWindow::pasteCallsign()
 {
-    m_txtCall->setText(lists::callsignFromClipboard(QGuiApplication::clipboard()->text()));
+    m_txtCall->setText(callsign::fromClipboard(QGuiApplication::clipboard()->text()));
     getCall();
 }
 
@@ -862,7 +861,7 @@ void MainWindow::pasteCallsign()
 
 void MainWindow::getCall()
 {
-    const QString call = lists::lookupCallsign(m_txtCall->text());
+    const QString call = callsign::forLookup(m_txtCall->text());
     if (call.isEmpty())
         return;
     lists::CallListModel *m = currentModel();
@@ -870,10 +869,10 @@ void MainWindow::getCall()
     if (row >= 0) {
         if (m_timers[0]->isActive()) {
             m_timers[0]->stop();
-            model(m_blinkList)->setCellBackground(m_blinkRow, lists::Callsign, m_blinkSavedColour);
+            model(m_blinkList)->setCellBackground(m_blinkRow, lists::Column::Callsign, m_blinkSavedColour);
         }
         setCurrentRow(row);
-        grid(currentList())->scrollTo(m->index(row, lists::Callsign));
+        grid(currentList())->scrollTo(m->index(row, lists::Column::Callsign));
         m_blinkList = currentList();
         m_blinkRow = row;
         m_blinkSavedColour = m->record(row).callsignBack;
@@ -881,7 +880,7 @@ void MainWindow::getCall()
         m_timers[0]->start();
         return;
     }
-    if (m_currentSource > 4) {
+    if (!lookup::isOnline(m_currentSource)) {
         showStatusAlarm(m_texts.noOnlineSource);
         return;
     }
@@ -903,14 +902,14 @@ void MainWindow::blinkTick()
 
     ++m_blinkCount;
     lists::CallListModel *m = model(m_blinkList);
-    m->setCellBackground(m_blinkRow, lists::Callsign, m_blinkCount % 2 ? lists::kBlinkColour : m_blinkSavedColour);
+    m->setCellBackground(m_blinkRow, lists::Column::Callsign, m_blinkCount % 2 ? lists::kBlinkColour : m_blinkSavedColour);
     if (m_blinkCount >= 20) {
         m_timers[0]->stop();
         m_lblStatus->hide();
         m_cboList->show();
         for (QRadioButton *o : m_optSort)
             o->show();
-        m->setCellBackground(m_blinkRow, lists::Callsign, m_blinkSavedColour);
+        m->setCellBackground(m_blinkRow, lists::Column::Callsign, m_blinkSavedColour);
         setAlarmLook(m_lblStatus, false);
     }
 }
@@ -969,20 +968,10 @@ void MainWindow::chooseSource(int index)
 {
     if (index < 0 || index > 6)
         return;
-    m_currentSource = index;
+    m_currentSource = lookup::Source(index);
     for (int i = 0; i < 7; ++i)
         m_mnuSource[std::size_t(i)]->setChecked(i == index);
-    if (index <= 4) {
-        const QString key = QString::fromUtf16(kSourceNames[index]) + QStringLiteral("/Domain");
-        m_store->beginGroup(QStringLiteral("Sources"));
-        m_sourceLabel = m_store->value(key, QString::fromUtf16(kDefaultDomains[index])).toString();
-        m_store->endGroup();
-        // Callook's label is its domain name in capitals.
-        if (index == 3)
-            m_sourceLabel = m_sourceLabel.toUpper();
-    } else {
-        m_sourceLabel = QString::fromUtf16(kSourceNames[index]);
-    }
+    m_sourceLabel = lookup::menuLabel(lookup::SourceSettings::load(*m_store), m_currentSource);
     setDatabaseCaption(m_sourceLabel);
     refreshHookStates();
     emit sourceChanged(index);
@@ -1005,7 +994,7 @@ void MainWindow::addTo(int n)
         return;
     const lists::CallRecord source = currentModel()->record(row);
     if (!lists::copyRecordTo(source, *model(n), loadContext())) {
-        const QString text = source[lists::Callsign] + QStringLiteral(" already in ") +
+        const QString text = source[lists::Column::Callsign] + QStringLiteral(" already in ") +
                              lists::nameBeforeParen(m_mnuAddTo[std::size_t(n - 1)]->text());
         QMessageBox box(QMessageBox::NoIcon, QStringLiteral("Marvik"), text, QMessageBox::Ok, this);
         box.exec();
@@ -1054,11 +1043,11 @@ void MainWindow::changeFirstName()
     if (row < 0)
         return;
     const lists::CallRecord &record = currentModel()->record(row);
-    const QString call = record[lists::Callsign];
+    const QString call = record[lists::Column::Callsign];
     QInputDialog input(this);
     input.setWindowTitle(QStringLiteral("Marvik"));
     input.setLabelText(i18n::fillIn(m_texts.renamePrompt, call));
-    input.setTextValue(record[lists::FirstName]);
+    input.setTextValue(record[lists::Column::FirstName]);
     const QString answer = input.exec() == QDialog::Accepted ? input.textValue() : QString();
     if (answer.isEmpty())
         return;

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <core/app/Config.h>
-#include <core/app/DataFolder.h>
-#include <core/i18n/Texts.h>
-#include <core/lists/CallListModel.h>
+#include "core/app/Config.h"
+#include "core/app/DataFolder.h"
+#include "core/i18n/Texts.h"
+#include "core/lists/CallListModel.h"
+#include "core/lookup/SourceSettings.h"
 
 #include <QDateTime>
 #include <QMainWindow>
@@ -69,7 +70,7 @@ public:
     int currentRow() const;
     void setCurrentRow(int row);
     /// The lookup source as a menu index 0..6 and its label.
-    int currentSource() const { return m_currentSource; }
+    lookup::Source currentSource() const { return m_currentSource; }
     QString sourceLabel() const { return m_sourceLabel; }
     /// What the list loader needs: Me, the thumbnail folder.
     lists::LoadContext loadContext() const;
@@ -195,7 +196,7 @@ private:
     std::unique_ptr<QLockFile> m_lock;
     bool m_starting = false;
     bool m_shutDown = false;
-    int m_currentSource = 0;
+    lookup::Source m_currentSource = lookup::Source::EHam;
     QString m_sourceLabel;
     int m_normalWidthTwips = 0;
     int m_maxWindowWidth = 614;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "ImageViewer.h"
+#include "gui/dialogs/ImageViewer.h"
 
-#include <core/app/Log.h>
+#include "core/app/Log.h"
 
 #include <QCloseEvent>
 #include <QCursor>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "HeadingBar.h"
+#include "gui/lists/HeadingBar.h"
 
 #include <QLabel>
 #include <QPainter>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "ListGrid.h"
+#include "gui/lists/ListGrid.h"
 
-#include <core/lists/ListEditing.h>
+#include "core/lists/ListEditing.h"
 
 #include <QHeaderView>
 #include <QMouseEvent>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "ListNamesDialog.h"
+#include "gui/lists/ListNamesDialog.h"
 
 #include <QFormLayout>
 #include <QHBoxLayout>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "ThumbnailDelegate.h"
+#include "gui/lists/ThumbnailDelegate.h"
 
-#include <core/lists/CallListModel.h>
+#include "core/lists/CallListModel.h"
 
 #include <QImage>
 #include <QPainter>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "CookieBridge.h"
+#include "gui/lookup/CookieBridge.h"
 
-#include <core/app/Log.h>
-#include <core/lookup/CookieJar.h>
+#include "core/app/Log.h"
+#include "core/lookup/CookieJar.h"
 
 #include <QPointer>
 #include <QWebEngineCookieStore>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "LoginWindow.h"
+#include "gui/lookup/LoginWindow.h"
 
-#include "CookieBridge.h"
+#include "gui/lookup/CookieBridge.h"
 
 #include <QCloseEvent>
 #include <QVBoxLayout>

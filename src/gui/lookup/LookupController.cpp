@@ -1,18 +1,19 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "LookupController.h"
+#include "gui/lookup/LookupController.h"
 
-#include "LoginWindow.h"
-#include "app/MainWindow.h"
-#include "dialogs/ImageViewer.h"
-#include "lists/ListGrid.h"
+#include "gui/lookup/LoginWindow.h"
+#include "gui/app/MainWindow.h"
+#include "gui/dialogs/ImageViewer.h"
+#include "gui/lists/ListGrid.h"
 
-#include <core/app/Log.h>
-#include <core/lists/CallListModel.h>
-#include <core/lookup/CookieJar.h>
-#include <core/lookup/LookUp.h>
-#include <core/lookup/LookupResult.h>
-#include <core/lookup/PictureDownloader.h>
-#include <core/lookup/PictureFiles.h>
+#include "core/app/Callsign.h"
+#include "core/app/Log.h"
+#include "core/lists/CallListModel.h"
+#include "core/lookup/CookieJar.h"
+#include "core/lookup/LookUp.h"
+#include "core/lookup/LookupResult.h"
+#include "core/lookup/PictureDownloader.h"
+#include "core/lookup/PictureFiles.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -87,24 +88,24 @@ LoginWindow *LookupController::loginWindow() const
 
 void LookupController::checkLogin()
 {
-    const int source = m_window->currentSource();
-    if (source < 0 || source >= lookup::kQrzCdMenuIndex)
+    const lookup::Source source = m_window->currentSource();
+    if (!lookup::isOnline(source))
         return;
     m_lookUp->setOwnCallsign(m_window->settings().ownCallsign);
     m_lookUp->setCurrentSource(source);
-    m_lookUp->setDataBase(source + 1);
+    m_lookUp->setDataBase(lookup::dataBaseOf(source));
     m_lookUp->GetSite();
 }
 
 void LookupController::gotSite(const QString &subject, bool loggedIn)
 {
     // A late answer from the source chosen before must not label this one.
-    const int source = m_window->currentSource();
-    if (source >= lookup::kQrzCdMenuIndex || subject != lookup::requestLabel(m_sources, source + 1))
+    const lookup::Source source = m_window->currentSource();
+    if (!lookup::isOnline(source) || subject != lookup::requestLabel(m_sources, source))
         return;
     const i18n::Texts &texts = m_window->texts();
     // Callook needs no log-in, so its site never says whether one is made.
-    const QString suffix = source + 1 == lookup::Callook ? texts.loginNotNeeded
+    const QString suffix = source == lookup::Source::Callook ? texts.loginNotNeeded
                            : loggedIn                    ? texts.loggedIn
                                                          : texts.loginNeeded;
     m_window->setDatabaseCaption(m_window->sourceLabel() + suffix);
@@ -112,25 +113,13 @@ void LookupController::gotSite(const QString &subject, bool loggedIn)
 
 QString LookupController::typedCallsign() const
 {
-    // The call as the user typed it, with the same clean-up as the lookup
-    // but a slashed zero kept: the picture host files the picture under its
-    // last character as typed.
-    QString typed = m_window->callBox()->text().toUpper();
-    if (typed.startsWith(QStringLiteral("DE ")))
-        typed.remove(0, 3);
-    for (qsizetype i = 0; i < typed.size(); ++i) {
-        if (typed[i] == u'-' || typed[i] == u' ') {
-            typed.truncate(i);
-            break;
-        }
-    }
-    return typed;
+    return callsign::asTyped(m_window->callBox()->text());
 }
 
 void LookupController::lookupRequested(const QString &callSign)
 {
     const QString typed = typedCallsign();
-    startLookup(callSign, lookup::cleanCallsign(typed) == callSign ? typed : callSign, {});
+    startLookup(callSign, callsign::forLookup(typed) == callSign ? typed : callSign, {});
 }
 
 void LookupController::updateRequested(int row)
@@ -138,8 +127,8 @@ void LookupController::updateRequested(int row)
     const lists::CallListModel *model = m_window->currentModel();
     if (row < 0 || row >= model->rowCount())
         return;
-    const QString rowCall = model->record(row)[lists::Callsign];
-    const QString call = lookup::cleanCallsign(rowCall);
+    const QString rowCall = model->record(row)[lists::Column::Callsign];
+    const QString call = callsign::forLookup(rowCall);
     if (call.isEmpty())
         return;
     startLookup(call, rowCall, rowCall);
@@ -147,8 +136,8 @@ void LookupController::updateRequested(int row)
 
 void LookupController::startLookup(const QString &callSign, const QString &typed, const QString &rowCallsign)
 {
-    const int source = m_window->currentSource();
-    if (source >= lookup::kQrzCdMenuIndex) {
+    const lookup::Source source = m_window->currentSource();
+    if (!lookup::isOnline(source)) {
         m_window->showStatusAlarm(m_window->texts().noOnlineSource);
         return;
     }
@@ -156,7 +145,7 @@ void LookupController::startLookup(const QString &callSign, const QString &typed
     m_typed = typed;
     m_rowCallsign = rowCallsign;
     m_list = m_window->currentList();
-    m_dataBase = source + 1;
+    m_dataBase = lookup::dataBaseOf(source);
     qCDebug(lcLookup) << "looking up" << callSign << "on source" << m_dataBase;
 
     m_lookUp->setOwnCallsign(m_window->settings().ownCallsign);
@@ -182,7 +171,7 @@ void LookupController::gotPage(const QString &callSign)
     case lookup::LookupOutcome::ReaderError:
         qCWarning(lcLookup) << "the page of" << callSign << "could not be read:" << result.error;
         m_window->showStatusAlarm(
-            i18n::fillIn(m_window->texts().pageUnreadable, callSign, lookup::menuLabel(m_sources, m_dataBase - 1)),
+            i18n::fillIn(m_window->texts().pageUnreadable, callSign, lookup::menuLabel(m_sources, *lookup::onlineSourceFromDataBase(m_dataBase))),
             true);
         break;
     case lookup::LookupOutcome::CallNotFound:
@@ -207,7 +196,7 @@ void LookupController::writeRow(const lookup::LookupResult &result)
     if (existing) {
         model->replaceRecord(row, record);
     } else {
-        const QString thumb = QDir(m_window->dataFolder().thumbsDir()).filePath(app::safeFileName(key) + u".jpg");
+        const QString thumb = QDir(m_window->dataFolder().thumbsDir()).filePath(callsign::fileName(key) + u".jpg");
         if (QFileInfo::exists(thumb))
             record.thumbnail = thumb;
         model->appendRecord(record);
@@ -216,7 +205,7 @@ void LookupController::writeRow(const lookup::LookupResult &result)
     if (m_list == m_window->currentList()) {
         const int at = model->findCallsign(key);
         m_window->setCurrentRow(at);
-        m_window->grid(m_list)->scrollTo(model->index(at, lists::Callsign));
+        m_window->grid(m_list)->scrollTo(model->index(at, lists::Column::Callsign));
     }
     startPicture(key, m_typed);
 }
@@ -291,7 +280,7 @@ void LookupController::pictureDownloaded(const QString &name)
     for (int n = 1; n <= 5; ++n) {
         lists::CallListModel *model = m_window->model(n);
         for (int row = 0; row < model->rowCount(); ++row) {
-            if (model->record(row)[lists::Callsign] == name)
+            if (model->record(row)[lists::Column::Callsign] == name)
                 model->setThumbnail(row, stored.thumbnailPath);
         }
     }
@@ -309,8 +298,8 @@ void LookupController::showPicture(int row, bool fromThumbnail)
     const lists::CallListModel *model = m_window->currentModel();
     if (row < 0 || row >= model->rowCount())
         return;
-    const QString call = model->record(row)[lists::Callsign];
-    const QString path = QDir(m_window->dataFolder().imagesDir()).filePath(app::safeFileName(call) + u".jpg");
+    const QString call = model->record(row)[lists::Column::Callsign];
+    const QString path = QDir(m_window->dataFolder().imagesDir()).filePath(callsign::fileName(call) + u".jpg");
     if (m_viewer)
         m_viewer->close();
     auto *viewer = new ImageViewer(m_window);
@@ -331,7 +320,7 @@ void LookupController::showPicture(int row, bool fromThumbnail)
 
 void LookupController::openLogin()
 {
-    const int source = m_window->currentSource();
+    const lookup::Source source = m_window->currentSource();
     const QString site = lookup::siteAddress(m_sources, source);
     if (site.isEmpty())
         return;

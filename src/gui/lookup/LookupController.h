@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <core/lookup/SourceSettings.h>
+#include "core/lookup/SourceSettings.h"
 
 #include <QObject>
 #include <QPointer>

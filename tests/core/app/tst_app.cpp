@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "core/TestFiles.h"
-#include "app/Config.h"
-#include "app/DataFolder.h"
-#include "app/Number.h"
-#include "app/Placement.h"
-#include "app/TextCodec.h"
-#include "app/TextFile.h"
+#include "support/TestFiles.h"
+#include "core/app/Config.h"
+#include "core/app/DataFolder.h"
+#include "core/app/Number.h"
+#include "core/app/Placement.h"
+#include "core/app/TextCodec.h"
+#include "core/app/TextFile.h"
 
 #include <QDir>
 #include <QFile>
@@ -65,8 +65,6 @@ private slots:
     void iniRotation();
     void folderRemoval();
     void folderRemovalSparesDevelopmentBuild();
-    void safeFileNames_data();
-    void safeFileNames();
     void placementDefaultsAndTwips();
 };
 
@@ -430,27 +428,6 @@ void TestApp::folderRemovalSparesDevelopmentBuild()
     QVERIFY(QFileInfo(maps).isDir());
 }
 
-void TestApp::safeFileNames_data()
-{
-    QTest::addColumn<QString>("call");
-    QTest::addColumn<QString>("name");
-    QTest::newRow("plain") << u"W1AW"_qs << u"W1AW"_qs;
-    QTest::newRow("portable") << u"DL/W1AW/P"_qs << u"DL_W1AW_P"_qs;
-    QTest::newRow("climbing out") << u"../../etc"_qs << u".._.._etc"_qs;
-    QTest::newRow("dots alone") << u".."_qs << u"__"_qs;
-    QTest::newRow("windows characters") << u"a\\b:c*d?e\"f<g>h|i"_qs << u"a_b_c_d_e_f_g_h_i"_qs;
-    QTest::newRow("control character") << u"W1\nAW"_qs << u"W1_AW"_qs;
-    QTest::newRow("slashed zero kept") << u"PA\u00D8ABC"_qs << u"PA\u00D8ABC"_qs;
-}
-
-void TestApp::safeFileNames()
-{
-    QFETCH(QString, call);
-    QFETCH(QString, name);
-    QCOMPARE(safeFileName(call), name);
-    DataFolder data(u"/tmp/marvik-data"_qs);
-    QVERIFY(QFileInfo(data.thumbnailPath(call)).absolutePath().endsWith(u"/Images/Thumbs"_qs));
-}
 
 void TestApp::placementDefaultsAndTwips()
 {

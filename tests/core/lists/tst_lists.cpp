@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "core/TestFiles.h"
-#include "app/TextCodec.h"
-#include "lists/CallListModel.h"
-#include "lists/ListFile.h"
+#include "support/TestFiles.h"
+#include "core/app/TextCodec.h"
+#include "core/lists/CallListModel.h"
+#include "core/lists/ListFile.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -36,7 +36,7 @@ QStringList callsigns(const CallListModel &m)
 {
     QStringList out;
     for (const CallRecord &r : m.records())
-        out << r[Callsign];
+        out << r[Column::Callsign];
     return out;
 }
 
@@ -127,12 +127,12 @@ void TestLists::loadRows()
     QVERIFY(report.complete());
     QCOMPARE(model.rowCount(), azimuths.size());
     for (int r = 0; r < model.rowCount(); ++r) {
-        QCOMPARE(model.record(r)[Azimuth], azimuths[r]);
-        QCOMPARE(model.index(r, FirstName).data(Qt::BackgroundRole).isValid(), highlights[r]);
+        QCOMPARE(model.record(r)[Column::Azimuth], azimuths[r]);
+        QCOMPARE(model.index(r, Column::FirstName).data(Qt::BackgroundRole).isValid(), highlights[r]);
         if (highlights[r])
-            QCOMPARE(model.index(r, FirstName).data(Qt::BackgroundRole).value<QColor>(), QColor(187, 238, 255));
-        QCOMPARE(model.record(r)[TimeStamp], stamps[r]);
-        QCOMPARE(model.index(r, Azimuth).data(Qt::TextAlignmentRole).toInt(), int(Qt::AlignRight | Qt::AlignVCenter));
+            QCOMPARE(model.index(r, Column::FirstName).data(Qt::BackgroundRole).value<QColor>(), QColor(187, 238, 255));
+        QCOMPARE(model.record(r)[Column::TimeStamp], stamps[r]);
+        QCOMPARE(model.index(r, Column::Azimuth).data(Qt::TextAlignmentRole).toInt(), int(Qt::AlignRight | Qt::AlignVCenter));
     }
 }
 
@@ -146,10 +146,10 @@ void TestLists::slashedZeroAndThumbnail()
     QVERIFY(loadBytes(model, "PA\xD8" "ABC*Jan******52.1*5.3*20240101000000*\r\n"
                              "PA0XYZ*Piet******52.1*5.3*20240101000000*\r\n")
                 .complete());
-    QCOMPARE(model.record(0)[Callsign], u"PA0ABC"_qs);
-    const QImage shown = model.index(0, FirstName).data(CallListModel::ThumbnailRole).value<QImage>();
+    QCOMPARE(model.record(0)[Column::Callsign], u"PA0ABC"_qs);
+    const QImage shown = model.index(0, Column::FirstName).data(CallListModel::ThumbnailRole).value<QImage>();
     QCOMPARE(shown.size(), QSize(32, 16));
-    QVERIFY(model.index(1, FirstName).data(CallListModel::ThumbnailRole).isNull());
+    QVERIFY(model.index(1, Column::FirstName).data(CallListModel::ThumbnailRole).isNull());
 }
 
 void TestLists::damagedLineStopsTheLoad_data()
@@ -176,7 +176,7 @@ void TestLists::damagedLineStopsTheLoad()
     QVERIFY(report.opened);
     QCOMPARE(report.badLine, badLine);
     QCOMPARE(model.rowCount(), rows);
-    QCOMPARE(model.record(rows - 1)[Callsign], lastCallsign);
+    QCOMPARE(model.record(rows - 1)[Column::Callsign], lastCallsign);
 }
 
 void TestLists::emptyFileKeepsRows()
@@ -197,25 +197,25 @@ void TestLists::reloadDropsOldRows()
     const LoadReport report = loadBytes(model, "Z9*z\r\n");
     QCOMPARE(report.badLine, 1);
     QCOMPARE(callsigns(model), QStringList{u"Z9"_qs});
-    QCOMPARE(model.record(0)[FirstName], u"z"_qs);
+    QCOMPARE(model.record(0)[Column::FirstName], u"z"_qs);
 }
 
 void TestLists::savedFileIsByteExact()
 {
     CallListModel model;
     CallRecord r;
-    r[Callsign] = u"OZ1ABC"_qs;
-    r[FirstName] = u"S\u00F8ren"_qs;
-    r[Azimuth] = u"34\u00B0"_qs;
-    r[City] = u"K\u00F8benhavn"_qs;
-    r[Latitude] = u"55.68"_qs;
-    r[Longitude] = u"12.57"_qs;
-    r[TimeStamp] = u"20240101000000"_qs;
+    r[Column::Callsign] = u"OZ1ABC"_qs;
+    r[Column::FirstName] = u"S\u00F8ren"_qs;
+    r[Column::Azimuth] = u"34\u00B0"_qs;
+    r[Column::City] = u"K\u00F8benhavn"_qs;
+    r[Column::Latitude] = u"55.68"_qs;
+    r[Column::Longitude] = u"12.57"_qs;
+    r[Column::TimeStamp] = u"20240101000000"_qs;
     model.appendRecord(r);
     CallRecord only;
-    only[Callsign] = u"W1AW"_qs;
-    only[FirstName] = u"Hiram"_qs;
-    only[TimeStamp] = u"20231231235959"_qs;
+    only[Column::Callsign] = u"W1AW"_qs;
+    only[Column::FirstName] = u"Hiram"_qs;
+    only[Column::TimeStamp] = u"20231231235959"_qs;
     model.appendRecord(only);
     const QString path = m_dir.filePath(u"List2.dat"_qs);
     QVERIFY(saveList(model, path));
@@ -239,7 +239,7 @@ void TestLists::emptyListSavesEmptyFile()
 void TestLists::loadSaveRoundTrip()
 {
     // Everything but the derived azimuth comes back byte for byte, including
-    // bytes Windows-1252 leaves undefined and an Extra field.
+    // bytes Windows-1252 leaves undefined and an Column::Extra field.
     const QByteArray file = "SM5\x81XY*\xC5sa*1\xB0*\xC5sa Berg*Gatan 1*Stockholm*Sweden*59.33*18.06*20240101000000*note\r\n"
                             "JA1ZZZ*Taro*****Japan*0*0*20240101000001*\r\n";
     CallListModel model;
@@ -278,8 +278,8 @@ void TestLists::sort()
     CallListModel model;
     for (int i = 0; i < calls.size(); ++i) {
         CallRecord r;
-        r[Callsign] = calls[i];
-        r[TimeStamp] = stamps[i];
+        r[Column::Callsign] = calls[i];
+        r[Column::TimeStamp] = stamps[i];
         model.appendRecord(r);
     }
     auto s = qint16(selector);
@@ -293,7 +293,7 @@ void TestLists::sortKeepsSelectionOnItsEntry()
     CallListModel model;
     for (const QString &c : {u"C"_qs, u"A"_qs, u"B"_qs}) {
         CallRecord r;
-        r[Callsign] = c;
+        r[Column::Callsign] = c;
         model.appendRecord(r);
     }
     QPersistentModelIndex current = model.index(0, 0); // "C"
@@ -323,8 +323,8 @@ void TestLists::killedSaveNeverTearsTheFile()
         CallListModel model;
         for (int i = 0; i < 20000; ++i) {
             CallRecord r;
-            r[Callsign] = QStringLiteral("K%1V%2").arg(i).arg(v);
-            r[FullName] = QStringLiteral("Operator number %1").arg(i);
+            r[Column::Callsign] = QStringLiteral("K%1V%2").arg(i).arg(v);
+            r[Column::FullName] = QStringLiteral("Operator number %1").arg(i);
             model.appendRecord(r);
         }
         QVERIFY(saveList(model, path));
@@ -351,8 +351,8 @@ static int saveLoop(const QString &path)
     for (int v = 0; v < 2; ++v) {
         for (int i = 0; i < 20000; ++i) {
             CallRecord r;
-            r[Callsign] = QStringLiteral("K%1V%2").arg(i).arg(v);
-            r[FullName] = QStringLiteral("Operator number %1").arg(i);
+            r[Column::Callsign] = QStringLiteral("K%1V%2").arg(i).arg(v);
+            r[Column::FullName] = QStringLiteral("Operator number %1").arg(i);
             models[v].appendRecord(r);
         }
     }

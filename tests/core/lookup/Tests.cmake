@@ -5,7 +5,7 @@ set(_lookup_tests ${CMAKE_CURRENT_LIST_DIR})
 marvik_add_test(tst_htmltext SOURCES ${_lookup_tests}/tst_htmltext.cpp LABELS unit)
 marvik_add_test(tst_pagereader SOURCES ${_lookup_tests}/tst_pagereader.cpp LABELS unit)
 marvik_add_test(tst_lookup
-  SOURCES ${_lookup_tests}/tst_lookup.cpp ${_lookup_tests}/CallbookServer.cpp ${_lookup_tests}/CallbookServer.h
+  SOURCES ${_lookup_tests}/tst_lookup.cpp ${CMAKE_SOURCE_DIR}/tests/support/CallbookServer.cpp ${CMAKE_SOURCE_DIR}/tests/support/CallbookServer.h
   LIBS Qt6::Network LABELS unit TIMEOUT 120)
 # The command-line tests run the built marvik-cli.
 add_dependencies(tst_lookup marvik-cli)

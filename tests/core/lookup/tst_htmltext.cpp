@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Page text: charset decoding and the browser's innerText rendering the
 // readers count on.
-#include "lookup/HtmlText.h"
+#include "core/lookup/HtmlText.h"
 
 #include <QElapsedTimer>
 #include <QStringDecoder>

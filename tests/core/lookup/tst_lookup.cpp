@@ -2,15 +2,15 @@
 // Requests of the lookup control and the picture download against a local
 // server that plays the five callbooks and the picture host, and the
 // lookup commands of marvik-cli.
-#include "CallbookServer.h"
+#include "support/CallbookServer.h"
 
-#include "app/DataFolder.h"
-#include "lookup/CookieJar.h"
-#include "lookup/LookUp.h"
-#include "lookup/LookupResult.h"
-#include "lookup/NamedDownloads.h"
-#include "lookup/PictureDownloader.h"
-#include "lookup/PictureFiles.h"
+#include "core/app/DataFolder.h"
+#include "core/lookup/CookieJar.h"
+#include "core/lookup/LookUp.h"
+#include "core/lookup/LookupResult.h"
+#include "core/lookup/NamedDownloads.h"
+#include "core/lookup/PictureDownloader.h"
+#include "core/lookup/PictureFiles.h"
 
 #include <QFile>
 #include <QImage>
@@ -80,8 +80,8 @@ private:
 SourceSettings TestLookUp::settingsFor(const CallbookServer &server) const
 {
     SourceSettings s;
-    for (int db = kFirstSource; db <= kLastSource; ++db)
-        s.setHost(db, server.base());
+    for (const SourceInfo &info : sourceTable())
+        s.setHost(info.source, server.base());
     s.setPicturesHost(server.base() + u"/pics/"_qs);
     s.setUpdatesUrl(server.base() + u"/updates"_qs);
     return s;
@@ -105,31 +105,31 @@ void TestLookUp::getPage_data()
     QTest::addColumn<bool>("loggedIn");
     QTest::addColumn<LookupOutcome>("outcome");
 
-    QTest::newRow("eHam, logged in") << int(EHam) << u"/callbook/W1AW"_qs << u"eham_found.html"_qs << u"W1AW"_qs
+    QTest::newRow("eHam, logged in") << dataBaseOf(Source::EHam) << u"/callbook/W1AW"_qs << u"eham_found.html"_qs << u"W1AW"_qs
                                      << true << LookupOutcome::Found;
-    QTest::newRow("eHam, not found") << int(EHam) << u"/callbook/W9XYZ"_qs << u"eham_notfound.html"_qs
+    QTest::newRow("eHam, not found") << dataBaseOf(Source::EHam) << u"/callbook/W9XYZ"_qs << u"eham_notfound.html"_qs
                                      << u"W9XYZ"_qs << false << LookupOutcome::CallNotFound;
-    QTest::newRow("QRZ, own call on the page") << int(Qrz) << u"/db/W1AW"_qs << u"qrz_found.html"_qs << u"W1AW"_qs
+    QTest::newRow("QRZ, own call on the page") << dataBaseOf(Source::Qrz) << u"/db/W1AW"_qs << u"qrz_found.html"_qs << u"W1AW"_qs
                                                << true << LookupOutcome::Found;
-    QTest::newRow("QRZ, log-in needed") << int(Qrz) << u"/db/W1AW"_qs << u"qrz_login.html"_qs << u"W1AW"_qs << false
+    QTest::newRow("QRZ, log-in needed") << dataBaseOf(Source::Qrz) << u"/db/W1AW"_qs << u"qrz_login.html"_qs << u"W1AW"_qs << false
                                         << LookupOutcome::LoginRequired;
-    QTest::newRow("QRZ, not found") << int(Qrz) << u"/db/W9XYZ"_qs << u"qrz_notfound.html"_qs << u"W9XYZ"_qs
+    QTest::newRow("QRZ, not found") << dataBaseOf(Source::Qrz) << u"/db/W9XYZ"_qs << u"qrz_notfound.html"_qs << u"W9XYZ"_qs
                                     << false << LookupOutcome::CallNotFound;
     // QRZCQ and HamCall never report a log-in, whatever their pages show.
-    QTest::newRow("QRZCQ with a logout link") << int(QrzCq) << u"/call/W1AW"_qs << u"qrzcq_found.html"_qs
+    QTest::newRow("QRZCQ with a logout link") << dataBaseOf(Source::QrzCq) << u"/call/W1AW"_qs << u"qrzcq_found.html"_qs
                                               << u"W1AW"_qs << false << LookupOutcome::Found;
-    QTest::newRow("QRZCQ, not found") << int(QrzCq) << u"/call/W9XYZ"_qs << u"qrzcq_notfound.html"_qs
+    QTest::newRow("QRZCQ, not found") << dataBaseOf(Source::QrzCq) << u"/call/W9XYZ"_qs << u"qrzcq_notfound.html"_qs
                                       << u"W9XYZ"_qs << false << LookupOutcome::CallNotFound;
-    QTest::newRow("Callook") << int(Callook) << u"/W1AW"_qs << u"callook_found.html"_qs << u"W1AW"_qs << false
+    QTest::newRow("Callook") << dataBaseOf(Source::Callook) << u"/W1AW"_qs << u"callook_found.html"_qs << u"W1AW"_qs << false
                              << LookupOutcome::Found;
-    QTest::newRow("Callook, not found") << int(Callook) << u"/W9XYZ"_qs << u"callook_notfound.html"_qs
+    QTest::newRow("Callook, not found") << dataBaseOf(Source::Callook) << u"/W9XYZ"_qs << u"callook_notfound.html"_qs
                                         << u"W9XYZ"_qs << false << LookupOutcome::CallNotFound;
-    QTest::newRow("HamCall with Log Out") << int(HamCall) << u"/call?callsign=W1AW"_qs << u"hamcall_found.html"_qs
+    QTest::newRow("HamCall with Log Out") << dataBaseOf(Source::HamCall) << u"/call?callsign=W1AW"_qs << u"hamcall_found.html"_qs
                                           << u"W1AW"_qs << false << LookupOutcome::Found;
-    QTest::newRow("HamCall, not found") << int(HamCall) << u"/call?callsign=W9XYZ"_qs
+    QTest::newRow("HamCall, not found") << dataBaseOf(Source::HamCall) << u"/call?callsign=W9XYZ"_qs
                                         << u"hamcall_notfound.html"_qs << u"W9XYZ"_qs << false
                                         << LookupOutcome::CallNotFound;
-    QTest::newRow("page without the call") << int(Qrz) << u"/db/K2XX"_qs << u"qrz_found.html"_qs << u"K2XX"_qs
+    QTest::newRow("page without the call") << dataBaseOf(Source::Qrz) << u"/db/K2XX"_qs << u"qrz_found.html"_qs << u"K2XX"_qs
                                            << false << LookupOutcome::PageNotFound;
 }
 
@@ -169,7 +169,7 @@ void TestLookUp::getPage()
 void TestLookUp::slashedZeroIsRequestedAsZero()
 {
     m_server->answer(u"/db/W0AW"_qs, page("<p>Search QRZ</p><p>W0AW</p>"));
-    m_lookUp->setDataBase(Qrz);
+    m_lookUp->setDataBase(dataBaseOf(Source::Qrz));
     QSignalSpy missing(m_lookUp.get(), &LookUp::PageNotFound);
     // The address takes the call in upper case with a plain zero; the page
     // is searched for the name as given.
@@ -183,7 +183,7 @@ void TestLookUp::slashedZeroIsRequestedAsZero()
 void TestLookUp::sameNameOnlyNewestArrives()
 {
     m_server->answer(u"/db/W1AW"_qs, {page("<p>W1AW first</p>", 700), page("<p>W1AW second</p>")});
-    m_lookUp->setDataBase(Qrz);
+    m_lookUp->setDataBase(dataBaseOf(Source::Qrz));
     QSignalSpy got(m_lookUp.get(), &LookUp::GotPage);
     m_lookUp->GetPage(u"W1AW2"_qs);
     QTRY_COMPARE(m_server->hits(u"/db/W1AW"_qs), 1);
@@ -204,15 +204,15 @@ void TestLookUp::getSite_data()
     QTest::addColumn<QString>("subject");
     QTest::addColumn<bool>("found");
     QTest::addColumn<bool>("loggedIn");
-    QTest::newRow("eHam") << int(EHam) << u"/"_qs << QByteArray("<p>eHam.net</p><a>Log Out</a>") << u"eHam.net"_qs
+    QTest::newRow("eHam") << dataBaseOf(Source::EHam) << u"/"_qs << QByteArray("<p>eHam.net</p><a>Log Out</a>") << u"eHam.net"_qs
                           << true << true;
-    QTest::newRow("QRZ, logged in") << int(Qrz) << u"/"_qs << QByteArray("QRZ.com user K1ABC") << u"QRZ"_qs << true
+    QTest::newRow("QRZ, logged in") << dataBaseOf(Source::Qrz) << u"/"_qs << QByteArray("QRZ.com user K1ABC") << u"QRZ"_qs << true
                                     << true;
-    QTest::newRow("QRZ, logged out") << int(Qrz) << u"/"_qs << QByteArray("QRZ.com <a>Login</a>") << u"QRZ"_qs
+    QTest::newRow("QRZ, logged out") << dataBaseOf(Source::Qrz) << u"/"_qs << QByteArray("QRZ.com <a>Login</a>") << u"QRZ"_qs
                                      << true << false;
-    QTest::newRow("HamCall") << int(HamCall) << u"/call"_qs << QByteArray("HamCall.net <a>Log Out</a>")
+    QTest::newRow("HamCall") << dataBaseOf(Source::HamCall) << u"/call"_qs << QByteArray("HamCall.net <a>Log Out</a>")
                              << u"HamCall"_qs << true << false;
-    QTest::newRow("Callook, wrong page") << int(Callook) << u"/"_qs << QByteArray("Callook.info") << u"callook"_qs
+    QTest::newRow("Callook, wrong page") << dataBaseOf(Source::Callook) << u"/"_qs << QByteArray("Callook.info") << u"callook"_qs
                                          << false << false;
 }
 
@@ -244,10 +244,10 @@ void TestLookUp::latLon()
     m_server->answer(u"/db/W1AW"_qs, page(fixture(u"qrz_found.html"_qs)));
     m_server->answer(u"/db/K2XX"_qs, page("<p>K2XX</p><p>no position</p>"));
     QSignalSpy latLon(m_lookUp.get(), &LookUp::LatLon);
-    m_lookUp->setDataBase(EHam); // ignored: the current source counts
-    m_lookUp->setCurrentSource(Qrz - 1);
+    m_lookUp->setDataBase(dataBaseOf(Source::EHam)); // ignored: the current source counts
+    m_lookUp->setCurrentSource(Source::Qrz);
     m_lookUp->GetLatLon(u"W1AW4"_qs);
-    QCOMPARE(m_lookUp->dataBase(), int(Qrz));
+    QCOMPARE(m_lookUp->dataBase(), dataBaseOf(Source::Qrz));
     QCOMPARE(m_lookUp->pendingRequests(), QStringList{u"LatLon4"_qs});
     QTRY_COMPARE(latLon.size(), 1);
     QCOMPARE(latLon.first().at(0).toDouble(), 41.714775);
@@ -261,7 +261,7 @@ void TestLookUp::latLon()
 
     // The CD callbooks request nothing.
     const int before = int(m_server->requests().size());
-    m_lookUp->setCurrentSource(kQrzCdMenuIndex);
+    m_lookUp->setCurrentSource(Source::QrzCd);
     m_lookUp->GetLatLon(u"W1AW4"_qs);
     QVERIFY(m_lookUp->pendingRequests().isEmpty());
     QTest::qWait(100);
@@ -319,7 +319,7 @@ void TestLookUp::failedDownloads()
     QFETCH(Answer, answer);
     QFETCH(QString, reason);
     m_server->answer(u"/db/W1AW"_qs, answer);
-    m_lookUp->setDataBase(Qrz);
+    m_lookUp->setDataBase(dataBaseOf(Source::Qrz));
     m_lookUp->setTransferTimeout(500);
     QSignalSpy failed(m_lookUp.get(), &LookUp::requestFailed);
     QSignalSpy got(m_lookUp.get(), &LookUp::GotPage);
@@ -339,7 +339,7 @@ void TestLookUp::redirectToHttpIsFollowed()
     moved.headers = {{"Location", m_server->base().toLatin1() + "/db/moved"}};
     m_server->answer(u"/db/W1AW"_qs, moved);
     m_server->answer(u"/db/moved"_qs, page("<p>W1AW moved</p>"));
-    m_lookUp->setDataBase(Qrz);
+    m_lookUp->setDataBase(dataBaseOf(Source::Qrz));
     QSignalSpy got(m_lookUp.get(), &LookUp::GotPage);
     m_lookUp->GetPage(u"W1AW2"_qs);
     QTRY_COMPARE(got.size(), 1);
@@ -383,8 +383,8 @@ void TestLookUp::pictures()
     const marvik::app::DataFolder folder(dir.path());
     const StoredPicture stored = storePicture(folder, u"VE3/W1AW"_qs, downloader.bytes());
     QCOMPARE(stored.status, PictureStatus::Saved);
-    QCOMPARE(stored.picturePath, dir.path() + u"/Images/VE3_W1AW.jpg"_qs);
-    QCOMPARE(stored.thumbnailPath, dir.path() + u"/Images/Thumbs/VE3_W1AW.jpg"_qs);
+    QCOMPARE(stored.picturePath, dir.path() + u"/Images/VE3%2FW1AW.jpg"_qs);
+    QCOMPARE(stored.thumbnailPath, dir.path() + u"/Images/Thumbs/VE3%2FW1AW.jpg"_qs);
     QFile picture(stored.picturePath);
     QVERIFY(picture.open(QIODevice::ReadOnly));
     QCOMPARE(picture.readAll(), bytes);
@@ -442,7 +442,7 @@ void TestLookUp::cookiesPersistOwnerOnly()
     login.headers = {{"Set-Cookie", "session=abc123; Max-Age=3600; Path=/"}, {"Set-Cookie", "tab=1; Path=/"}};
     m_server->answer(u"/db/W1AW"_qs, login);
     m_network->setCookieJar(new CookieJar(dir.path()));
-    m_lookUp->setDataBase(Qrz);
+    m_lookUp->setDataBase(dataBaseOf(Source::Qrz));
     QSignalSpy got(m_lookUp.get(), &LookUp::GotPage);
     m_lookUp->GetPage(u"W1AW2"_qs);
     QTRY_COMPARE(got.size(), 1);
@@ -527,7 +527,7 @@ void TestLookUp::cliLookup()
     {
         QSettings store(config.filePath(u"Marvik/Marvik.conf"_qs), QSettings::IniFormat);
         SourceSettings s = settingsFor(*m_server);
-        s.setHost(HamCall, u"http://127.0.0.1:1"_qs); // nothing listens there
+        s.setHost(Source::HamCall, u"http://127.0.0.1:1"_qs); // nothing listens there
         s.save(store);
     }
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The page readers of the five callbooks, their text primitives, and what
 // the main window makes of a lookup result.
-#include "lists/CallRecord.h"
-#include "lookup/HtmlText.h"
-#include "lookup/LookUp.h"
-#include "lookup/LookupResult.h"
-#include "lookup/PageReader.h"
-#include "lookup/PictureFiles.h"
+#include "core/lists/CallRecord.h"
+#include "core/lookup/HtmlText.h"
+#include "core/lookup/LookUp.h"
+#include "core/lookup/LookupResult.h"
+#include "core/lookup/PageReader.h"
+#include "core/lookup/PictureFiles.h"
 
 #include <QDateTime>
 #include <QFile>
@@ -47,8 +47,6 @@ private slots:
     void loginKeepsTheOldCursor();
     void missingEndMarkIsAReaderError();
     void unknownSourceReadsNothing();
-    void cleanCallsign_data();
-    void cleanCallsign();
     void pictureAddress_data();
     void pictureAddress();
     void thumbnailSize_data();
@@ -118,42 +116,42 @@ void TestPageReader::fixtures_data()
 
     const double lat = 41.714775;
     const double lon = -72.72726;
-    QTest::newRow("eHam found") << int(EHam) << u"eham_found.html"_qs << u"W1AW"_qs << LookupOutcome::Found
+    QTest::newRow("eHam found") << dataBaseOf(Source::EHam) << u"eham_found.html"_qs << u"W1AW"_qs << LookupOutcome::Found
                                 << QStringList{u"Hiram Percy Maxim Memorial"_qs, u"225 Main Street"_qs,
                                                u"Newington, CT 06111"_qs, u"United States"_qs, {}, u"\tClub"_qs, {}, {}}
                                 << lat << lon;
-    QTest::newRow("eHam not found") << int(EHam) << u"eham_notfound.html"_qs << u"W9XYZ"_qs
+    QTest::newRow("eHam not found") << dataBaseOf(Source::EHam) << u"eham_notfound.html"_qs << u"W9XYZ"_qs
                                     << LookupOutcome::CallNotFound << QStringList(8) << 0.0 << 0.0;
-    QTest::newRow("QRZ found") << int(Qrz) << u"qrz_found.html"_qs << u"W1AW"_qs << LookupOutcome::Found
+    QTest::newRow("QRZ found") << dataBaseOf(Source::Qrz) << u"qrz_found.html"_qs << u"W1AW"_qs << LookupOutcome::Found
                                << QStringList{u"ARRL HQ Operators Club"_qs, u"225 Main St"_qs, u"Newington, CT 06111"_qs,
                                               u"USA"_qs, u"\tFN31pr"_qs, u"\tC"_qs, u"\t1914"_qs,
                                               u"\thttp://www.arrl.org/w1aw"_qs}
                                << lat << lon;
-    QTest::newRow("QRZ login") << int(Qrz) << u"qrz_login.html"_qs << u"W1AW"_qs << LookupOutcome::LoginRequired
+    QTest::newRow("QRZ login") << dataBaseOf(Source::Qrz) << u"qrz_login.html"_qs << u"W1AW"_qs << LookupOutcome::LoginRequired
                                << QStringList(8) << 0.0 << 0.0;
-    QTest::newRow("QRZ not found") << int(Qrz) << u"qrz_notfound.html"_qs << u"W9XYZ"_qs
+    QTest::newRow("QRZ not found") << dataBaseOf(Source::Qrz) << u"qrz_notfound.html"_qs << u"W9XYZ"_qs
                                    << LookupOutcome::CallNotFound << QStringList(8) << 0.0 << 0.0;
-    QTest::newRow("QRZCQ found") << int(QrzCq) << u"qrzcq_found.html"_qs << u"W1AW"_qs << LookupOutcome::Found
+    QTest::newRow("QRZCQ found") << dataBaseOf(Source::QrzCq) << u"qrzcq_found.html"_qs << u"W1AW"_qs << LookupOutcome::Found
                                  << QStringList{u"Hiram Percy Maxim Memorial Station"_qs, u"225 Main St"_qs,
                                                 u"Newington, CT 06111"_qs, u"United States"_qs, {}, u"Club"_qs, {}, {}}
                                  << lat << lon;
-    QTest::newRow("QRZCQ not found") << int(QrzCq) << u"qrzcq_notfound.html"_qs << u"W9XYZ"_qs
+    QTest::newRow("QRZCQ not found") << dataBaseOf(Source::QrzCq) << u"qrzcq_notfound.html"_qs << u"W9XYZ"_qs
                                      << LookupOutcome::CallNotFound << QStringList(8) << 0.0 << 0.0;
     // Callook's country is a constant and its locator runs into the line break.
-    QTest::newRow("Callook found") << int(Callook) << u"callook_found.html"_qs << u"W1AW"_qs << LookupOutcome::Found
+    QTest::newRow("Callook found") << dataBaseOf(Source::Callook) << u"callook_found.html"_qs << u"W1AW"_qs << LookupOutcome::Found
                                    << QStringList{u"ARRL HQ OPERATORS CLUB"_qs, u"225 MAIN ST"_qs,
                                                   u"NEWINGTON, CT 06111"_qs, u"U.S.A."_qs, u"FN31pr\r\n"_qs,
                                                   u"CLUB"_qs, {}, {}}
                                    << lat << lon;
-    QTest::newRow("Callook not found") << int(Callook) << u"callook_notfound.html"_qs << u"W9XYZ"_qs
+    QTest::newRow("Callook not found") << dataBaseOf(Source::Callook) << u"callook_notfound.html"_qs << u"W9XYZ"_qs
                                        << LookupOutcome::CallNotFound << QStringList(8) << 0.0 << 0.0;
     // HamCall's second address line loses its last three characters.
-    QTest::newRow("HamCall found") << int(HamCall) << u"hamcall_found.html"_qs << u"W1AW"_qs << LookupOutcome::Found
+    QTest::newRow("HamCall found") << dataBaseOf(Source::HamCall) << u"hamcall_found.html"_qs << u"W1AW"_qs << LookupOutcome::Found
                                    << QStringList{u"ARRL HQ Operators Club"_qs, u"225 Main St"_qs,
                                                   u"Newington, CT 06111 "_qs, u"UNITED STATES"_qs, {}, u"Club"_qs,
                                                   u"1914-05-04"_qs, {}}
                                    << lat << lon;
-    QTest::newRow("HamCall not found") << int(HamCall) << u"hamcall_notfound.html"_qs << u"W9XYZ"_qs
+    QTest::newRow("HamCall not found") << dataBaseOf(Source::HamCall) << u"hamcall_notfound.html"_qs << u"W9XYZ"_qs
                                        << LookupOutcome::CallNotFound << QStringList(8) << 0.0 << 0.0;
 }
 
@@ -195,31 +193,31 @@ void TestPageReader::nameRules_data()
 
     const QString crlf = u"\r\n"_qs;
     QTest::newRow("eHam without Search Results")
-        << int(EHam) << u"Country\r\nW1AW\r\nName\r\n"_qs << QString() << ReaderEvent::CallNotFound;
-    QTest::newRow("eHam empty name line") << int(EHam) << u"Country\r\nSearch Results\r\nW1AW\r\n   \r\nx"_qs
+        << dataBaseOf(Source::EHam) << u"Country\r\nW1AW\r\nName\r\n"_qs << QString() << ReaderEvent::CallNotFound;
+    QTest::newRow("eHam empty name line") << dataBaseOf(Source::EHam) << u"Country\r\nSearch Results\r\nW1AW\r\n   \r\nx"_qs
                                           << QString() << ReaderEvent::CallNotFound;
     QTest::newRow("QRZ no results wins over login")
-        << int(Qrz) << u"Search QRZ\r\nW1AW produced no results\r\nLogin is required\r\n"_qs << QString()
+        << dataBaseOf(Source::Qrz) << u"Search QRZ\r\nW1AW produced no results\r\nLogin is required\r\n"_qs << QString()
         << ReaderEvent::CallNotFound;
-    QTest::newRow("QRZ without Search QRZ") << int(Qrz) << u"W1AW\r\nName, x\r\n"_qs << QString()
+    QTest::newRow("QRZ without Search QRZ") << dataBaseOf(Source::Qrz) << u"W1AW\r\nName, x\r\n"_qs << QString()
                                             << ReaderEvent::CallNotFound;
-    QTest::newRow("QRZ name is untrimmed") << int(Qrz) << u"Search QRZ\r\n  Ann Smith , x\r\n"_qs
+    QTest::newRow("QRZ name is untrimmed") << dataBaseOf(Source::Qrz) << u"Search QRZ\r\n  Ann Smith , x\r\n"_qs
                                            << u"  Ann Smith "_qs << ReaderEvent::None;
-    QTest::newRow("QRZ comma at a line start") << int(Qrz) << u"Search QRZ\r\n, x\r\n"_qs << QString()
+    QTest::newRow("QRZ comma at a line start") << dataBaseOf(Source::Qrz) << u"Search QRZ\r\n, x\r\n"_qs << QString()
                                                << ReaderEvent::CallNotFound;
     // The QRZCQ loop tries ten lines after the domain's line.
-    QTest::newRow("QRZCQ nine empty lines") << int(QrzCq) << u"QRZCQ.com"_qs + crlf.repeated(10) + u"Ann\r\nx"_qs
+    QTest::newRow("QRZCQ nine empty lines") << dataBaseOf(Source::QrzCq) << u"QRZCQ.com"_qs + crlf.repeated(10) + u"Ann\r\nx"_qs
                                             << u"Ann"_qs << ReaderEvent::None;
-    QTest::newRow("QRZCQ ten empty lines") << int(QrzCq) << u"QRZCQ.com"_qs + crlf.repeated(11) + u"Ann\r\nx"_qs
+    QTest::newRow("QRZCQ ten empty lines") << dataBaseOf(Source::QrzCq) << u"QRZCQ.com"_qs + crlf.repeated(11) + u"Ann\r\nx"_qs
                                            << QString() << ReaderEvent::None;
-    QTest::newRow("QRZCQ eleven empty lines") << int(QrzCq) << u"QRZCQ.com"_qs + crlf.repeated(12) + u"Ann\r\nx"_qs
+    QTest::newRow("QRZCQ eleven empty lines") << dataBaseOf(Source::QrzCq) << u"QRZCQ.com"_qs + crlf.repeated(12) + u"Ann\r\nx"_qs
                                               << QString() << ReaderEvent::None;
-    QTest::newRow("QRZCQ Error anywhere") << int(QrzCq) << u"QRZCQ.com\r\nAnn\r\nErrors: none\r\n"_qs << QString()
+    QTest::newRow("QRZCQ Error anywhere") << dataBaseOf(Source::QrzCq) << u"QRZCQ.com\r\nAnn\r\nErrors: none\r\n"_qs << QString()
                                           << ReaderEvent::CallNotFound;
-    QTest::newRow("Callook without Show Map, fresh cursor") << int(Callook) << u"W1AW\r\nAnn\r\n"_qs << QString()
+    QTest::newRow("Callook without Show Map, fresh cursor") << dataBaseOf(Source::Callook) << u"W1AW\r\nAnn\r\n"_qs << QString()
                                                             << ReaderEvent::CallNotFound;
     QTest::newRow("HamCall name after two characters")
-        << int(HamCall) << u"callsign database!\r\n12  Ann Smith, W1AW\r\n"_qs << u"Ann Smith"_qs << ReaderEvent::None;
+        << dataBaseOf(Source::HamCall) << u"callsign database!\r\n12  Ann Smith, W1AW\r\n"_qs << u"Ann Smith"_qs << ReaderEvent::None;
 }
 
 void TestPageReader::nameRules()
@@ -242,18 +240,18 @@ void TestPageReader::coordinates_data()
     QTest::addColumn<QString>("text");
     QTest::addColumn<double>("latitude");
     QTest::addColumn<double>("longitude");
-    QTest::newRow("HamCall south and west") << int(HamCall) << u"Latitude: 41.7 S, Longitude: 72.5 W, x"_qs << -41.7
+    QTest::newRow("HamCall south and west") << dataBaseOf(Source::HamCall) << u"Latitude: 41.7 S, Longitude: 72.5 W, x"_qs << -41.7
                                             << -72.5;
-    QTest::newRow("HamCall north and east") << int(HamCall) << u"Latitude: 41.7 N, Longitude: 72.5 E, x"_qs << 41.7
+    QTest::newRow("HamCall north and east") << dataBaseOf(Source::HamCall) << u"Latitude: 41.7 N, Longitude: 72.5 E, x"_qs << 41.7
                                             << 72.5;
-    QTest::newRow("QRZ signed, no separator") << int(Qrz) << u"Latitude-33.9 x Longitude151.2 y"_qs << -33.9 << 151.2;
+    QTest::newRow("QRZ signed, no separator") << dataBaseOf(Source::Qrz) << u"Latitude-33.9 x Longitude151.2 y"_qs << -33.9 << 151.2;
     // eHam skips the character after the marker: the page's colon.
-    QTest::newRow("eHam colon") << int(EHam) << u"Latitude:-33.9\r\nLongitude: 151.2\r\n"_qs << -33.9 << 151.2;
-    QTest::newRow("eHam without separator loses a digit") << int(EHam) << u"Latitude41.5\r\nLongitude72.5\r\n"_qs << 1.5
+    QTest::newRow("eHam colon") << dataBaseOf(Source::EHam) << u"Latitude:-33.9\r\nLongitude: 151.2\r\n"_qs << -33.9 << 151.2;
+    QTest::newRow("eHam without separator loses a digit") << dataBaseOf(Source::EHam) << u"Latitude41.5\r\nLongitude72.5\r\n"_qs << 1.5
                                                       << 2.5;
     QTest::newRow("hex overflow reads as no position")
-        << int(Callook) << u"Latitude: &H"_qs + QString(400, u'F') + u"\r\nLongitude: &H1F\r\n"_qs << 0.0 << 31.0;
-    QTest::newRow("no marker") << int(QrzCq) << u"Lat 41.7 "_qs << 0.0 << 0.0;
+        << dataBaseOf(Source::Callook) << u"Latitude: &H"_qs + QString(400, u'F') + u"\r\nLongitude: &H1F\r\n"_qs << 0.0 << 31.0;
+    QTest::newRow("no marker") << dataBaseOf(Source::QrzCq) << u"Lat 41.7 "_qs << 0.0 << 0.0;
 }
 
 void TestPageReader::coordinates()
@@ -274,7 +272,7 @@ void TestPageReader::loginKeepsTheOldCursor()
     // A page that asks for a log-in leaves the cursor where the last page's
     // name put it; the address readers go on from there in the new text.
     PageReader reader;
-    reader.setDataBase(Qrz);
+    reader.setDataBase(dataBaseOf(Source::Qrz));
     reader.setText(u"Search QRZ\r\nAnnabelle Smith-Jones, x\r\nOne\r\n"_qs);
     ReaderEvent event = ReaderEvent::None;
     QCOMPARE(reader.name(u"W1AW"_qs, event), u"Annabelle Smith-Jones"_qs);
@@ -289,13 +287,13 @@ void TestPageReader::loginKeepsTheOldCursor()
 void TestPageReader::missingEndMarkIsAReaderError()
 {
     PageReader reader;
-    reader.setDataBase(EHam);
+    reader.setDataBase(dataBaseOf(Source::EHam));
     reader.setText(u"x\r\nLatitude: 41.7"_qs);
     QVERIFY_THROWS_EXCEPTION(ReaderError, reader.latitude());
 
     // Through the lookup: the QRZ page whose last row is the web page.
     LookUp lookUp(&m_network, SourceSettings(), QString());
-    lookUp.setDataBase(Qrz);
+    lookUp.setDataBase(dataBaseOf(Source::Qrz));
     lookUp.setHtml(pageText(u"qrz_found.html"_qs).section(u"\r\nPage served"_qs, 0, 0));
     const LookupResult r = readPage(lookUp, u"W1AW"_qs, true);
     QCOMPARE(r.outcome, LookupOutcome::ReaderError);
@@ -316,27 +314,6 @@ void TestPageReader::unknownSourceReadsNothing()
     QCOMPARE(notFound.size(), 0);
 }
 
-void TestPageReader::cleanCallsign_data()
-{
-    QTest::addColumn<QString>("typed");
-    QTest::addColumn<QString>("call");
-    QTest::newRow("lower case") << u"w1aw"_qs << u"W1AW"_qs;
-    QTest::newRow("DE prefix") << u"de w1aw"_qs << u"W1AW"_qs;
-    QTest::newRow("SSID") << u"W1AW-5"_qs << u"W1AW"_qs;
-    QTest::newRow("portable after a blank") << u"W1AW /P"_qs << u"W1AW"_qs;
-    QTest::newRow("slash stays") << u"VE3/W1AW"_qs << u"VE3/W1AW"_qs;
-    QTest::newRow("slashed zero") << u"W\u00d8AW"_qs << u"W0AW"_qs;
-    // Replaced before upper-casing, so a lower-case slashed zero survives.
-    QTest::newRow("lower-case slashed zero") << u"w\u00f8aw"_qs << u"W\u00d8AW"_qs;
-    QTest::newRow("leading blank") << u" W1AW"_qs << QString();
-}
-
-void TestPageReader::cleanCallsign()
-{
-    QFETCH(QString, typed);
-    QFETCH(QString, call);
-    QCOMPARE(marvik::lookup::cleanCallsign(typed), call);
-}
 
 void TestPageReader::pictureAddress_data()
 {
@@ -387,30 +364,30 @@ void TestPageReader::writeResult()
 
     CallRecord fresh;
     writeLookupResult(fresh, false, u"W1AW"_qs, r, me, now);
-    QCOMPARE(fresh[lists::Callsign], u"W1AW"_qs);
-    QCOMPARE(fresh[lists::FullName], u"Hiram Percy Maxim"_qs);
-    QCOMPARE(fresh[lists::FirstName], u"Hiram"_qs);
-    QCOMPARE(fresh[lists::Address], u"225 Main St"_qs);
-    QCOMPARE(fresh[lists::City], u"Newington, CT 06111"_qs);
-    QCOMPARE(fresh[lists::Country], u"USA"_qs);
-    QCOMPARE(fresh[lists::Latitude], u"41.714775"_qs);
-    QCOMPARE(fresh[lists::Longitude], u"-72.7"_qs);
-    QCOMPARE(fresh[lists::TimeStamp], u"20240309070503"_qs);
-    QCOMPARE(fresh[lists::Azimuth],
+    QCOMPARE(fresh[lists::Column::Callsign], u"W1AW"_qs);
+    QCOMPARE(fresh[lists::Column::FullName], u"Hiram Percy Maxim"_qs);
+    QCOMPARE(fresh[lists::Column::FirstName], u"Hiram"_qs);
+    QCOMPARE(fresh[lists::Column::Address], u"225 Main St"_qs);
+    QCOMPARE(fresh[lists::Column::City], u"Newington, CT 06111"_qs);
+    QCOMPARE(fresh[lists::Column::Country], u"USA"_qs);
+    QCOMPARE(fresh[lists::Column::Latitude], u"41.714775"_qs);
+    QCOMPARE(fresh[lists::Column::Longitude], u"-72.7"_qs);
+    QCOMPARE(fresh[lists::Column::TimeStamp], u"20240309070503"_qs);
+    QCOMPARE(fresh[lists::Column::Azimuth],
              marvik::maps::azimuthText(marvik::maps::bearingFrom(me, r.latitude, r.longitude).degrees));
-    QVERIFY(fresh[lists::Azimuth] != u"0\u00b0"_qs);
-    QCOMPARE(fresh[lists::Extra], QString());
+    QVERIFY(fresh[lists::Column::Azimuth] != u"0\u00b0"_qs);
+    QCOMPARE(fresh[lists::Column::Extra], QString());
 
     // An update keeps what the user gave the row.
     CallRecord kept;
-    kept[lists::Callsign] = u"W1AW"_qs;
-    kept[lists::FirstName] = u"Percy"_qs;
-    kept[lists::Extra] = u"QSL via bureau"_qs;
-    kept[lists::FullName] = u"old"_qs;
+    kept[lists::Column::Callsign] = u"W1AW"_qs;
+    kept[lists::Column::FirstName] = u"Percy"_qs;
+    kept[lists::Column::Extra] = u"QSL via bureau"_qs;
+    kept[lists::Column::FullName] = u"old"_qs;
     writeLookupResult(kept, true, u"W1AW"_qs, r, me, now);
-    QCOMPARE(kept[lists::FirstName], u"Percy"_qs);
-    QCOMPARE(kept[lists::Extra], u"QSL via bureau"_qs);
-    QCOMPARE(kept[lists::FullName], u"Hiram Percy Maxim"_qs);
+    QCOMPARE(kept[lists::Column::FirstName], u"Percy"_qs);
+    QCOMPARE(kept[lists::Column::Extra], u"QSL via bureau"_qs);
+    QCOMPARE(kept[lists::Column::FullName], u"Hiram Percy Maxim"_qs);
     QCOMPARE(kept.firstNameBack, lists::kNicknameColour);
 }
 
@@ -418,7 +395,7 @@ void TestPageReader::positionFromLocator()
 {
     // A QRZ page without coordinates: the grid square gives the position.
     LookUp lookUp(&m_network, SourceSettings(), QString());
-    lookUp.setDataBase(Qrz);
+    lookUp.setDataBase(dataBaseOf(Source::Qrz));
     QString text = pageText(u"qrz_found.html"_qs);
     text.replace(u"Latitude"_qs, u"Lat"_qs).replace(u"Longitude"_qs, u"Lon"_qs);
     lookUp.setHtml(text);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "maps/Geometry.h"
+#include "core/maps/Geometry.h"
 
 #include <QTest>
 

@@ -8,6 +8,8 @@
 #include <QStringList>
 #include <QTcpServer>
 
+#include "core/lookup/SourceSettings.h"
+
 /// A small HTTP/1.1 server on 127.0.0.1 that plays the callbooks and the
 /// picture host for the tests: fixed answers per request target, answered
 /// in order when a target has several, with delays, dropped connections and
@@ -36,6 +38,8 @@ public:
 
     /// http://127.0.0.1:<port>
     QString base() const;
+    /// Every callbook and the picture host ("/pics/") on this server.
+    marvik::lookup::SourceSettings sourceSettings() const;
     /// Answers for a request target ("/db/W1AW"); one after the other, the
     /// last one repeated.
     void answer(const QString &target, const QList<Answer> &answers);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "CallbookServer.h"
+#include "support/CallbookServer.h"
 
 #include <QBuffer>
 #include <QImage>
@@ -95,6 +95,15 @@ CallbookServer::CallbookServer(QObject *parent)
 QString CallbookServer::base() const
 {
     return QStringLiteral("http://127.0.0.1:%1").arg(serverPort());
+}
+
+marvik::lookup::SourceSettings CallbookServer::sourceSettings() const
+{
+    marvik::lookup::SourceSettings s;
+    for (const marvik::lookup::SourceInfo &info : marvik::lookup::sourceTable())
+        s.setHost(info.source, base());
+    s.setPicturesHost(base() + QStringLiteral("/pics/"));
+    return s;
 }
 
 void CallbookServer::answer(const QString &target, const QList<Answer> &answers)

@@ -1,3 +1,4 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 target_sources(marvik_core PRIVATE
+  i18n/TextId.h
   i18n/Texts.cpp i18n/Texts.h)

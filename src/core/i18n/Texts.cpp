@@ -3,33 +3,124 @@
 
 #include <QStringList>
 
+#include <algorithm>
+
 namespace marvik::i18n {
+
+namespace {
+
+struct Builtin
+{
+    TextId id;
+    const char16_t *text;
+};
+
+// Every id has its English text here; english() checks that none is missing.
+constexpr Builtin kEnglish[] = {
+    {TextId::MenuDatabase, u"Database"},
+    {TextId::MenuExpand, u"Expand"},
+    {TextId::MenuSetup, u"Setup"},
+    {TextId::MenuAdd, u"Manually add or edit data"},
+    // Shown with its ampersand: menus take "&&" for a literal one.
+    {TextId::MenuLatLon, u"Lat & Lon"},
+    {TextId::MenuDefaultDatabase, u"Default database"},
+    {TextId::MenuNames, u"Change list names"},
+    {TextId::MenuOnTop, u"Always on top"},
+    {TextId::MenuLanguage, u"Language"},
+    {TextId::MenuHelp, u"Help"},
+    {TextId::SortByCallsign, u"Sort by callsign"},
+    {TextId::SortByDateTime, u"Sort by date/time"},
+    {TextId::MenuAbout, u"About"},
+    {TextId::MenuShowPicture, u"Show image"},
+    {TextId::MenuAddNew, u"Manually add new callsign"},
+    {TextId::MenuDelete, u"Delete"},
+    {TextId::MenuClear, u"Delete all entries in list"},
+    {TextId::ButtonGet, u"Get"},
+    {TextId::ButtonMap, u"Map"},
+    {TextId::LanguageEnglish, u"English"},
+    {TextId::LanguageSpanish, u"Spanish"},
+    {TextId::LanguageGerman, u"German"},
+    {TextId::LanguageFrench, u"French"},
+    {TextId::LanguageDutch, u"Dutch"},
+    {TextId::ListWord, u"List"},
+    {TextId::MenuCollapse, u"Collapse"},
+    {TextId::MenuAddAll, u"Add all to"},
+    {TextId::MenuPasteList, u"Paste list text to EasyPal Tx window"},
+    {TextId::MenuCopyList, u"Copy list to clipboard"},
+    {TextId::MenuPrintList, u"Print list"},
+    {TextId::ClearListPrompt, u"Delete all entries in xxx?"},
+    {TextId::RenamePrompt, u"New first name for xxx in every list:"},
+    {TextId::AlreadyInList, u"Already in list"},
+    {TextId::NotFound, u"xxx not found"},
+    {TextId::LoginRequired, u"Details require a log-in to QRZ.com"},
+    {TextId::LoggedIn, u"  (Logged in)"},
+    {TextId::LoginNeeded, u"  (Login required)"},
+    {TextId::LoginNotNeeded, u"  (Login not required)"},
+    {TextId::MenuName, u"Change first name of xxx"},
+    {TextId::MenuAddCall, u"Add xxx to"},
+    {TextId::MenuUpdate, u"Update xxx from ???"},
+    {TextId::MenuManUpdate, u"Update xxx manually"},
+    {TextId::MenuStreetView, u"Google Street View of xxx (if available)"},
+    {TextId::MenuSatelliteView, u"Google satellite view of xxx"},
+    {TextId::GridLocator, u"Grid locator"},
+    {TextId::StreetViewCaption, u"Street view of xxx"},
+    {TextId::SatelliteViewCaption, u"Satellite view of xxx"},
+    {TextId::FromMe, u"From Me"},
+    {TextId::CorruptImage1, u"The image may be corrupt"},
+    {TextId::CorruptImage2, u"and can not be displayed."},
+    {TextId::GetLatLon, u"Get Lat and Lon from QRZ"},
+    {TextId::AddCallToList, u"Add call to list"},
+    {TextId::SaveChanges, u"Save changes"},
+    {TextId::Updated, u"xxx updated"},
+    {TextId::CapturePaste, u"Paste to EasyPal TX"},
+    {TextId::CaptureSave, u"Save image"},
+    {TextId::CaptureCopy, u"Copy to Clipboard"},
+
+    {TextId::CallsignPlaceholder, u"Callsign"},
+    {TextId::HeadingCallsign, u"Callsign"},
+    {TextId::HeadingFirstName, u"First name"},
+    {TextId::HeadingFullName, u"Full name"},
+    {TextId::HeadingAddress, u"Address"},
+    {TextId::HeadingCity, u"City"},
+    {TextId::HeadingCountry, u"Country"},
+    {TextId::MenuLogin, u"Log in to ???\u2026"},
+    {TextId::AnotherInstance, u"Another instance of Marvik is running"},
+    {TextId::AboutText, u"xxx"},
+    {TextId::HelpTitle, u"Marvik Help"},
+    {TextId::HelpMissing, u"The help text xxx could not be opened."},
+    {TextId::PictureProgress, u"Downloading the operator's picture"},
+    {TextId::NoOnlineSource, u"No online source selected"},
+    {TextId::PageUnreadable, u"The page of xxx on ??? could not be read"},
+    {TextId::NetworkFailure, u"xxx not found: ???"},
+    {TextId::NoPicture, u"No picture of xxx: ???"},
+    {TextId::ButtonClose, u"Close"},
+    {TextId::ListDamaged, u"xxx, line ???: fewer than eleven fields; the rest of the file was not loaded."},
+    {TextId::ListUnreadable, u"xxx could not be read: ???"},
+    {TextId::FileWriteFailed, u"xxx could not be written:\n???"},
+};
+
+} // namespace
 
 Texts Texts::english()
 {
     Texts t;
-    t.listWord = QStringLiteral("List");
-    t.alreadyInList = QStringLiteral("Already in list");
-    t.clearListPrompt = QStringLiteral("Delete all entries in xxx?");
-    t.renamePrompt = QStringLiteral("New first name for xxx in every list:");
-    t.menuName = QStringLiteral("Change first name of xxx");
-    t.menuAddCall = QStringLiteral("Add xxx to");
-    t.menuUpdate = QStringLiteral("Update xxx from ???");
-    t.menuManUpdate = QStringLiteral("Update xxx manually");
-    t.menuStreetView = QStringLiteral("Google Street View of xxx (if available)");
-    t.menuSatellite = QStringLiteral("Google satellite view of xxx");
-    t.noOnlineSource = QStringLiteral("No online source selected");
-    t.lookupUnavailable = QStringLiteral("Online lookups are not available yet");
-    t.notFound = QStringLiteral("xxx not found");
-    t.loginRequired = QStringLiteral("Details require a log-in to QRZ.com");
-    t.pageUnreadable = QStringLiteral("The page of xxx on ??? could not be read");
-    t.networkFailure = QStringLiteral("xxx not found: ???");
-    t.noPicture = QStringLiteral("No picture of xxx: ???");
-    t.loggedIn = QStringLiteral("  (Logged in)");
-    t.loginNeeded = QStringLiteral("  (Login required)");
-    t.loginNotNeeded = QStringLiteral("  (Login not required)");
-    t.menuLogin = QStringLiteral("Log in to ???\u2026");
+    std::array<bool, kTextCount> filled{};
+    for (const Builtin &b : kEnglish) {
+        t[b.id] = QString::fromUtf16(b.text);
+        filled[std::size_t(b.id)] = true;
+    }
+    Q_ASSERT(std::all_of(filled.begin(), filled.end(), [](bool f) { return f; }));
     return t;
+}
+
+QString Texts::fill(TextId id, const QString &xxx, const QString &questionMarks) const
+{
+    return fillIn((*this)[id], xxx, questionMarks);
+}
+
+QString Texts::fillSource(TextId id, const QString &questionMarks) const
+{
+    return QString((*this)[id]).replace(QStringLiteral("???"), questionMarks);
 }
 
 QString fillIn(const QString &templ, const QString &xxx, const QString &questionMarks)
@@ -45,6 +136,17 @@ QString fillIn(const QString &templ, const QString &xxx, const QString &question
         out += questionMarks.isNull() ? part : part.replace(QStringLiteral("???"), questionMarks);
     }
     return out;
+}
+
+CurrentTexts::CurrentTexts(QObject *parent)
+    : QObject(parent)
+{
+}
+
+void CurrentTexts::setTexts(const Texts &texts)
+{
+    m_texts = texts;
+    emit changed();
 }
 
 } // namespace marvik::i18n

@@ -1,43 +1,70 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "core/i18n/TextId.h"
+
+#include <QObject>
 #include <QString>
+
+#include <array>
 
 namespace marvik::i18n {
 
-/// The program-wide texts a language file replaces: built-in English until
-/// one is loaded. Texts with "xxx" get a callsign or a list name put in, and
-/// "???" the name of the current lookup source.
-struct Texts
+/// One full set of the program's texts, by id: the built-in English ones
+/// until a language file replaces the first 57.
+class Texts
 {
-    QString listWord;         ///< the word for "list" in the default list names
-    QString alreadyInList;    ///< the status line while an entry blinks
-    QString clearListPrompt;  ///< confirmation before a list is emptied ("xxx": list name)
-    QString renamePrompt;     ///< the first-name input box ("xxx": callsign)
-    QString menuName;         ///< row menu: change first name ("xxx")
-    QString menuAddCall;      ///< row menu: copy to another list ("xxx")
-    QString menuUpdate;       ///< row menu: look up again ("xxx", "???")
-    QString menuManUpdate;    ///< row menu: edit by hand ("xxx")
-    QString menuStreetView;   ///< row menu: street view ("xxx")
-    QString menuSatellite;    ///< row menu: satellite view ("xxx")
-    QString noOnlineSource;   ///< status line when a CD source is chosen
-    QString lookupUnavailable; ///< status line when no lookup is wired in
-    QString notFound;         ///< status line: no such call, or no answer in time ("xxx")
-    QString loginRequired;    ///< status line: the callbook shows details to logged-in users only
-    QString pageUnreadable;   ///< status line: a callbook page not in the shape expected ("xxx", "???")
-    QString networkFailure;   ///< status line: the callbook could not be reached ("xxx", "???": why)
-    QString noPicture;        ///< status line: no picture for a call ("xxx", "???": why)
-    QString loggedIn;         ///< Database menu suffix
-    QString loginNeeded;      ///< Database menu suffix
-    QString loginNotNeeded;   ///< Database menu suffix for a source without log-ins
-    QString menuLogin;        ///< Database menu: open the source's site to log in ("???")
-
+public:
     /// The built-in English texts.
     static Texts english();
+
+    const QString &operator[](TextId id) const { return m_values[std::size_t(id)]; }
+    QString &operator[](TextId id) { return m_values[std::size_t(id)]; }
+
+    /// A text with every "xxx" replaced by `xxx` and every "???" by
+    /// `questionMarks` (when given).
+    QString fill(TextId id, const QString &xxx, const QString &questionMarks = {}) const;
+    /// A text with its "???" replaced, its "xxx" left alone.
+    QString fillSource(TextId id, const QString &questionMarks) const;
+
+    bool operator==(const Texts &other) const = default;
+
+private:
+    std::array<QString, kTextCount> m_values;
 };
 
 /// Replaces every "xxx" of a template; the inserted text is never searched
 /// again, so a list called "xxx" stays as it is.
 QString fillIn(const QString &templ, const QString &xxx, const QString &questionMarks = {});
+
+/// The joint between the values of a message that a language file spreads
+/// over several lines: a line break.
+inline constexpr char16_t kMessageJoint = u'\n';
+
+/// The texts every window shows right now. Windows read them by id when
+/// they are built and again on `changed`, so a window opened later starts in
+/// the current language and an open one relabels itself at once.
+class CurrentTexts : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit CurrentTexts(QObject *parent = nullptr);
+
+    const Texts &texts() const { return m_texts; }
+    const QString &operator[](TextId id) const { return m_texts[id]; }
+    QString fill(TextId id, const QString &xxx, const QString &questionMarks = {}) const
+    {
+        return m_texts.fill(id, xxx, questionMarks);
+    }
+    /// Replaces the whole set and tells every window.
+    void setTexts(const Texts &texts);
+
+signals:
+    void changed();
+
+private:
+    Texts m_texts = Texts::english();
+};
 
 } // namespace marvik::i18n

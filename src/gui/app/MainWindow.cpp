@@ -391,7 +391,7 @@ bool MainWindow::startUp()
     for (int n = 1; n <= 5; ++n) {
         QString &name = m_settings.listNames[std::size_t(n - 1)];
         if (name.isEmpty())
-            name = lists::defaultListName(m_texts.listWord, n);
+            name = lists::defaultListName(m_texts[i18n::TextId::ListWord], n);
         refreshChooserLine(n);
     }
 
@@ -786,12 +786,12 @@ void MainWindow::preparePopup(int row)
 {
     const lists::CallRecord &record = currentModel()->record(row);
     const QString &call = record[lists::Column::Callsign];
-    m_mnuName->setText(i18n::fillIn(m_texts.menuName, call));
-    m_mnuAddCall->menuAction()->setText(i18n::fillIn(m_texts.menuAddCall, call));
-    m_mnuUpdate->setText(i18n::fillIn(m_texts.menuUpdate, call, m_sourceLabel));
-    m_mnuManUpdate->setText(i18n::fillIn(m_texts.menuManUpdate, call));
-    m_mnuStView[0]->setText(i18n::fillIn(m_texts.menuStreetView, call));
-    m_mnuStView[1]->setText(i18n::fillIn(m_texts.menuSatellite, call));
+    m_mnuName->setText(i18n::fillIn(m_texts[i18n::TextId::MenuName], call));
+    m_mnuAddCall->menuAction()->setText(i18n::fillIn(m_texts[i18n::TextId::MenuAddCall], call));
+    m_mnuUpdate->setText(i18n::fillIn(m_texts[i18n::TextId::MenuUpdate], call, m_sourceLabel));
+    m_mnuManUpdate->setText(i18n::fillIn(m_texts[i18n::TextId::MenuManUpdate], call));
+    m_mnuStView[0]->setText(i18n::fillIn(m_texts[i18n::TextId::MenuStreetView], call));
+    m_mnuStView[1]->setText(i18n::fillIn(m_texts[i18n::TextId::MenuSatelliteView], call));
 
     // Only the longitude decides, as it always has; the latitude is not tested.
     const bool hasLongitude = app::val(record[lists::Column::Longitude]) != 0;
@@ -833,7 +833,7 @@ void MainWindow::refreshHookStates()
     m_mnuAdd->setEnabled(hooked(QMetaMethod::fromSignal(&MainWindow::addEditRequested)));
     m_mnuLatLon->setEnabled(hooked(QMetaMethod::fromSignal(&MainWindow::setupRequested)));
     m_mnuLogin->setEnabled(lookup::isOnline(m_currentSource) && hooked(QMetaMethod::fromSignal(&MainWindow::loginRequested)));
-    m_mnuLogin->setText(i18n::fillIn(m_texts.menuLogin, QString(), m_sourceLabel));
+    m_mnuLogin->setText(i18n::fillIn(m_texts[i18n::TextId::MenuLogin], QString(), m_sourceLabel));
     const bool languages = hooked(QMetaMethod::fromSignal(&MainWindow::languageRequested));
     for (QAction *a : m_mnuLang)
         a->setEnabled(languages);
@@ -881,11 +881,11 @@ void MainWindow::getCall()
         return;
     }
     if (!lookup::isOnline(m_currentSource)) {
-        showStatusAlarm(m_texts.noOnlineSource);
+        showStatusAlarm(m_texts[i18n::TextId::NoOnlineSource]);
         return;
     }
     if (!hooked(QMetaMethod::fromSignal(&MainWindow::lookupRequested))) {
-        showStatusAlarm(m_texts.lookupUnavailable);
+        showStatusAlarm(m_texts[i18n::TextId::NoOnlineSource]);
         return;
     }
     emit lookupRequested(call);
@@ -894,7 +894,7 @@ void MainWindow::getCall()
 void MainWindow::blinkTick()
 {
     setAlarmLook(m_lblStatus, true);
-    m_lblStatus->setText(m_texts.alreadyInList);
+    m_lblStatus->setText(m_texts[i18n::TextId::AlreadyInList]);
     m_lblStatus->show();
     m_cboList->hide();
     for (QRadioButton *o : m_optSort)
@@ -1028,7 +1028,7 @@ void MainWindow::clearList()
 {
     const int n = currentList();
     const QString name = lists::nameBeforeParen(m_cboList->itemText(n - 1));
-    QMessageBox box(QMessageBox::Warning, QStringLiteral("Marvik"), i18n::fillIn(m_texts.clearListPrompt, name),
+    QMessageBox box(QMessageBox::Warning, QStringLiteral("Marvik"), i18n::fillIn(m_texts[i18n::TextId::ClearListPrompt], name),
                     QMessageBox::Yes | QMessageBox::No, this);
     if (box.exec() != QMessageBox::Yes)
         return;
@@ -1046,7 +1046,7 @@ void MainWindow::changeFirstName()
     const QString call = record[lists::Column::Callsign];
     QInputDialog input(this);
     input.setWindowTitle(QStringLiteral("Marvik"));
-    input.setLabelText(i18n::fillIn(m_texts.renamePrompt, call));
+    input.setLabelText(i18n::fillIn(m_texts[i18n::TextId::RenamePrompt], call));
     input.setTextValue(record[lists::Column::FirstName]);
     const QString answer = input.exec() == QDialog::Accepted ? input.textValue() : QString();
     if (answer.isEmpty())

@@ -105,9 +105,9 @@ void LookupController::gotSite(const QString &subject, bool loggedIn)
         return;
     const i18n::Texts &texts = m_window->texts();
     // Callook needs no log-in, so its site never says whether one is made.
-    const QString suffix = source == lookup::Source::Callook ? texts.loginNotNeeded
-                           : loggedIn                    ? texts.loggedIn
-                                                         : texts.loginNeeded;
+    const QString suffix = source == lookup::Source::Callook ? texts[i18n::TextId::LoginNotNeeded]
+                           : loggedIn                    ? texts[i18n::TextId::LoggedIn]
+                                                         : texts[i18n::TextId::LoginNeeded];
     m_window->setDatabaseCaption(m_window->sourceLabel() + suffix);
 }
 
@@ -138,7 +138,7 @@ void LookupController::startLookup(const QString &callSign, const QString &typed
 {
     const lookup::Source source = m_window->currentSource();
     if (!lookup::isOnline(source)) {
-        m_window->showStatusAlarm(m_window->texts().noOnlineSource);
+        m_window->showStatusAlarm(m_window->texts()[i18n::TextId::NoOnlineSource]);
         return;
     }
     m_call = callSign;
@@ -171,7 +171,7 @@ void LookupController::gotPage(const QString &callSign)
     case lookup::LookupOutcome::ReaderError:
         qCWarning(lcLookup) << "the page of" << callSign << "could not be read:" << result.error;
         m_window->showStatusAlarm(
-            i18n::fillIn(m_window->texts().pageUnreadable, callSign, lookup::menuLabel(m_sources, *lookup::onlineSourceFromDataBase(m_dataBase))),
+            i18n::fillIn(m_window->texts()[i18n::TextId::PageUnreadable], callSign, lookup::menuLabel(m_sources, *lookup::onlineSourceFromDataBase(m_dataBase))),
             true);
         break;
     case lookup::LookupOutcome::CallNotFound:
@@ -222,25 +222,25 @@ void LookupController::pageNotFound(const QString &callSign)
     if (callSign != m_call)
         return;
     m_window->timer(4)->stop();
-    m_window->showStatusAlarm(i18n::fillIn(m_window->texts().notFound, callSign), true);
+    m_window->showStatusAlarm(i18n::fillIn(m_window->texts()[i18n::TextId::NotFound], callSign), true);
 }
 
 void LookupController::callNotFound(const QString &callSign)
 {
     m_window->timer(4)->stop();
-    m_window->showStatusAlarm(i18n::fillIn(m_window->texts().notFound, callSign), true);
+    m_window->showStatusAlarm(i18n::fillIn(m_window->texts()[i18n::TextId::NotFound], callSign), true);
 }
 
 void LookupController::loginRequired(const QString &)
 {
     m_window->timer(4)->stop();
-    m_window->showStatusAlarm(m_window->texts().loginRequired, true);
+    m_window->showStatusAlarm(m_window->texts()[i18n::TextId::LoginRequired], true);
 }
 
 void LookupController::timedOut()
 {
     m_window->timer(4)->stop();
-    m_window->showStatusAlarm(i18n::fillIn(m_window->texts().notFound, m_call));
+    m_window->showStatusAlarm(i18n::fillIn(m_window->texts()[i18n::TextId::NotFound], m_call));
 }
 
 void LookupController::requestFailed(const QString &name, const QString &reason)
@@ -251,7 +251,7 @@ void LookupController::requestFailed(const QString &name, const QString &reason)
     if (name != m_call + u'2' || !m_window->timer(4)->isActive())
         return;
     m_window->timer(4)->stop();
-    m_window->showStatusAlarm(i18n::fillIn(m_window->texts().networkFailure, m_call, reason));
+    m_window->showStatusAlarm(i18n::fillIn(m_window->texts()[i18n::TextId::NetworkFailure], m_call, reason));
 }
 
 void LookupController::pictureProgress(qint64 done, qint64 total, const QString &)
@@ -290,7 +290,7 @@ void LookupController::pictureFailed(const QString &name, const QString &reason)
 {
     pictureDownloadsEnded(name);
     qCInfo(lcLookup) << "no picture of" << name << reason;
-    m_window->showStatusAlarm(i18n::fillIn(m_window->texts().noPicture, name, reason));
+    m_window->showStatusAlarm(i18n::fillIn(m_window->texts()[i18n::TextId::NoPicture], name, reason));
 }
 
 void LookupController::showPicture(int row, bool fromThumbnail)

@@ -4,6 +4,7 @@
 // same way in the same run; and a switch to a 10,000-row list.
 #include "BenchUtil.h"
 
+#include "gui/app/CompositionRoot.h"
 #include "gui/app/MainWindow.h"
 
 #include <QApplication>
@@ -99,9 +100,10 @@ int child(int argc, char *argv[], bool bare, const QString &dir)
         return QApplication::exec();
     }
     QSettings store(dir + QStringLiteral("/settings.ini"), QSettings::IniFormat);
-    marvik::gui::MainWindow window(dir, &store);
+    marvik::gui::CompositionRoot root(dir, &store);
+    marvik::gui::MainWindow &window = *root.mainWindow();
     window.installEventFilter(&watcher);
-    if (!window.startUp())
+    if (!root.startUp())
         return 1;
     window.show();
     return QApplication::exec();
@@ -175,8 +177,9 @@ int main(int argc, char *argv[])
     std::printf("  ratio:                           %8.2fx (target at most 1.5x)\n", marvikMs / bareMs);
 
     QSettings store(dir + QStringLiteral("/settings.ini"), QSettings::IniFormat);
-    marvik::gui::MainWindow window(dir, &store);
-    window.startUp();
+    marvik::gui::CompositionRoot root(dir, &store);
+    marvik::gui::MainWindow &window = *root.mainWindow();
+    root.startUp();
     window.show();
     QApplication::processEvents();
     auto *chooser = window.findChild<QComboBox *>(QStringLiteral("cboList"));

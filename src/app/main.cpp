@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "gui/app/CompositionRoot.h"
 #include "gui/app/MainWindow.h"
-#include "gui/lookup/LookupController.h"
 
 #include "core/app/DataFolder.h"
 
@@ -32,7 +32,7 @@ int main(int argc, char *argv[])
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Marvik"));
-    QApplication::setApplicationVersion(QStringLiteral("3.12"));
+    QApplication::setApplicationVersion(QStringLiteral(MARVIK_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("marvik"));
     const QString icons = marvik::app::shareFolder() + QStringLiteral("/icons/");
     QIcon fallback;
@@ -49,12 +49,10 @@ int main(int argc, char *argv[])
     parser.addOption(dataDir);
     parser.process(app);
 
-    marvik::gui::MainWindow window(parser.value(dataDir));
-    if (!window.startUp())
+    marvik::gui::CompositionRoot root(parser.value(dataDir));
+    if (!root.startUp())
         return 0;
-    // Made after start-up, so its first log-in check asks the source the
-    // configuration chose.
-    new marvik::gui::LookupController(&window);
+    marvik::gui::MainWindow &window = *root.mainWindow();
 
     // SIGTERM and SIGINT close the window the normal way, so the lists and
     // the configuration are written as at any other exit.

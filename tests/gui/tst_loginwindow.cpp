@@ -4,6 +4,7 @@
 #include "support/GuiTestUtil.h"
 #include "support/CallbookServer.h"
 
+#include "gui/app/CompositionRoot.h"
 #include "gui/app/MainWindow.h"
 #include "gui/lookup/LoginWindow.h"
 #include "gui/lookup/LookupController.h"
@@ -63,9 +64,10 @@ private slots:
         server.answer(QStringLiteral("/db/"), login);
         server.answer(QStringLiteral("/"), {before, after});
 
-        gui::MainWindow window(dir.path(), &store);
-        QVERIFY(window.startUp());
-        auto *controller = new gui::LookupController(&window);
+        gui::CompositionRoot root(dir.path(), &store);
+        QVERIFY(root.startUp());
+        gui::LookupController *controller = root.lookup();
+        gui::MainWindow &window = *root.mainWindow();
         window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&window));
         auto *caption = window.findChild<QMenu *>(QStringLiteral("mnuDatabase"));

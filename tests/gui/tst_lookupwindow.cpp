@@ -5,7 +5,11 @@
 #include "support/GuiTestUtil.h"
 #include "support/CallbookServer.h"
 
+#include "support/MarvikUnderTest.h"
+#include "gui/app/CompositionRoot.h"
 #include "gui/app/MainWindow.h"
+#include "gui/app/Selection.h"
+#include "core/lists/ListStore.h"
 #include "gui/dialogs/ImageViewer.h"
 #include "gui/lists/ListGrid.h"
 #include "gui/lookup/LookupController.h"
@@ -76,26 +80,28 @@ private:
     std::unique_ptr<QTemporaryDir> m_dir;
     std::unique_ptr<QSettings> m_store;
     std::unique_ptr<CallbookServer> m_server;
-    std::unique_ptr<gui::MainWindow> m_window;
+    std::unique_ptr<gui::CompositionRoot> m_root;
+    gui::MainWindow *m_window = nullptr;
 
     QString file(const QString &name) const { return m_dir->filePath(name); }
     template<typename T>
-    T *child(const QString &name) const { return m_window->findChild<T *>(name); }
+    T *child(const QString &name) const { return test::findPart<T>(*m_root, name); }
+    QTimer *timer(int n) const { return child<QTimer>(QStringLiteral("Timer%1").arg(n)); }
     QLabel *status() const { return child<QLabel>(QStringLiteral("lblStatus")); }
-    QString cell(int row, lists::Column column) const { return m_window->model(1)->index(row, column).data().toString(); }
+    QString cell(int row, lists::Column column) const { return m_root->lists().model(1)->index(row, column).data().toString(); }
 
     gui::MainWindow *start()
     {
-        m_window = std::make_unique<gui::MainWindow>(m_dir->path(), m_store.get());
-        if (!m_window->startUp())
+        m_root = std::make_unique<gui::CompositionRoot>(m_dir->path(), m_store.get());
+        m_window = m_root->mainWindow();
+        if (!m_root->startUp())
             return nullptr;
-        new gui::LookupController(m_window.get());
         m_window->show();
-        if (!QTest::qWaitForWindowExposed(m_window.get()))
+        if (!QTest::qWaitForWindowExposed(m_window))
             return nullptr;
         // The status line goes to rest sooner than the user's 4 s.
-        m_window->timer(3)->setInterval(150);
-        return m_window.get();
+        timer(3)->setInterval(150);
+        return m_window;
     }
     void get(const QString &typed)
     {
@@ -128,7 +134,8 @@ private slots:
 
     void cleanup()
     {
-        m_window.reset();
+        m_root.reset();
+        m_window = nullptr;
         m_store.reset();
         m_server.reset();
         m_dir.reset();
@@ -143,7 +150,7 @@ private slots:
         const QString before = lists::timeStamp(QDateTime::currentDateTime());
 
         get(QStringLiteral("de w1aw-5"));
-        QTRY_COMPARE(m_window->model(1)->rowCount(), 1);
+        QTRY_COMPARE(m_root->lists().model(1)->rowCount(), 1);
         QCOMPARE(m_server->requests().count(QStringLiteral("/db/W1AW")), 1);
         QCOMPARE(cell(0, lists::Column::Callsign), QStringLiteral("W1AW"));
         QCOMPARE(cell(0, lists::Column::FirstName), QStringLiteral("ARRL"));
@@ -156,14 +163,14 @@ private slots:
         QCOMPARE(cell(0, lists::Column::Azimuth),
                  maps::azimuthText(maps::bearingFrom(kMe, 41.714775, -72.72726).degrees));
         QVERIFY(cell(0, lists::Column::TimeStamp) >= before);
-        QCOMPARE(m_window->currentRow(), 0);
-        QVERIFY(!m_window->timer(4)->isActive());
+        QCOMPARE(m_root->selection().currentRow(), 0);
+        QVERIFY(!timer(4)->isActive());
         QVERIFY(!status()->isVisible());
         QCOMPARE(child<QComboBox>(QStringLiteral("cboList"))->itemText(0).right(3), QStringLiteral("(1)"));
         QVERIFY(readAll(file(QStringLiteral("List1.dat"))).startsWith("W1AW*ARRL*"));
 
         // The picture as it came, its thumbnail in the grid and on disk.
-        const QModelIndex firstName = m_window->model(1)->index(0, lists::Column::FirstName);
+        const QModelIndex firstName = m_root->lists().model(1)->index(0, lists::Column::FirstName);
         QTRY_VERIFY(!firstName.data(lists::CallListModel::ThumbnailRole).value<QImage>().isNull());
         QCOMPARE(firstName.data(lists::CallListModel::ThumbnailRole).value<QImage>().size(), QSize(32, 16));
         QCOMPARE(readAll(file(QStringLiteral("Images/W1AW.jpg"))), jpeg);
@@ -213,8 +220,8 @@ private slots:
         QVERIFY2(status()->text().startsWith(text), qPrintable(status()->text()));
         QVERIFY(!child<QComboBox>(QStringLiteral("cboList"))->isVisible());
         QCOMPARE(status()->palette().color(QPalette::Window), QColor(255, 0, 0));
-        QVERIFY(!m_window->timer(4)->isActive());
-        QCOMPARE(m_window->model(1)->rowCount(), 0);
+        QVERIFY(!timer(4)->isActive());
+        QCOMPARE(m_root->lists().model(1)->rowCount(), 0);
         // Timer3 puts it away again.
         QTRY_VERIFY(!status()->isVisible());
         QVERIFY(child<QComboBox>(QStringLiteral("cboList"))->isVisible());
@@ -226,15 +233,15 @@ private slots:
     {
         m_server->answer(QStringLiteral("/db/W1AW"), page(fixture("qrz_found.html"), 60000));
         QVERIFY(start());
-        m_window->timer(4)->setInterval(300);
-        m_window->timer(3)->setInterval(60000);
+        timer(4)->setInterval(300);
+        timer(3)->setInterval(60000);
         get(QStringLiteral("W1AW"));
-        QVERIFY(m_window->timer(4)->isActive());
+        QVERIFY(timer(4)->isActive());
         QVERIFY(!status()->isVisible());
         QTRY_COMPARE(status()->text(), QStringLiteral("W1AW not found"));
         QVERIFY(status()->isVisible());
-        QVERIFY(m_window->timer(3)->isActive());
-        QVERIFY(!m_window->timer(4)->isActive());
+        QVERIFY(timer(3)->isActive());
+        QVERIFY(!timer(4)->isActive());
     }
 
     void databaseCaption()
@@ -266,10 +273,10 @@ private slots:
                  "W1AW*Hiram**Old Name*Old St*Old Town*USA*0*0*20200101000000*QSL via bureau\r\n");
         m_server->answer(QStringLiteral("/db/W1AW"), page(fixture("qrz_found.html")));
         QVERIFY(start());
-        m_window->setCurrentRow(0);
+        m_root->selection().reveal(1, 0);
         child<QAction>(QStringLiteral("mnuUpdate"))->trigger();
         QTRY_COMPARE(cell(0, lists::Column::FullName), QStringLiteral("ARRL HQ Operators Club"));
-        QCOMPARE(m_window->model(1)->rowCount(), 1);
+        QCOMPARE(m_root->lists().model(1)->rowCount(), 1);
         QCOMPARE(cell(0, lists::Column::FirstName), QStringLiteral("Hiram"));
         QCOMPARE(cell(0, lists::Column::Extra), QStringLiteral("QSL via bureau"));
         QCOMPARE(cell(0, lists::Column::Address), QStringLiteral("225 Main St"));
@@ -282,7 +289,7 @@ private slots:
         writeAll(file(QStringLiteral("List1.dat")), "W1AW*Hiram**Hiram Maxim******20200101000000*\r\n");
         writeAll(file(QStringLiteral("Images/W1AW.jpg")), "<html>no picture here</html>");
         QVERIFY(start());
-        m_window->setCurrentRow(0);
+        m_root->selection().reveal(1, 0);
         DialogAnswerer answer;
         child<QAction>(QStringLiteral("mnuShowPic"))->trigger();
         QVERIFY(answer.dialog().seen);
@@ -313,7 +320,7 @@ private slots:
         gui::ListGrid *grid = m_window->grid(1);
         const QPoint at(155, grid->visualRect(grid->model()->index(0, int(lists::Column::FirstName))).center().y());
         QTest::mouseClick(grid->viewport(), Qt::LeftButton, {}, at);
-        QPointer<gui::ImageViewer> viewer = m_window->findChild<gui::ImageViewer *>(QStringLiteral("Form4"));
+        QPointer<gui::ImageViewer> viewer = test::findPart<gui::ImageViewer>(*m_root, QStringLiteral("Form4"));
         QVERIFY(viewer);
         QVERIFY(viewer->isVisible());
         auto *label = viewer->findChild<QLabel *>(QStringLiteral("AniGIF1"));

@@ -10,8 +10,9 @@
 
 namespace marvik::app {
 
-/// The version text shown in captions and checked in language files.
-inline constexpr char16_t kVersionText[] = u"Marvik  3.12";
+/// The version text shown in captions and checked in language files: the
+/// product word, two blanks, the CMake project's version.
+inline constexpr char16_t kVersionText[] = u"Marvik  " MARVIK_VERSION;
 
 /// One row of the map table: the map's name and the two whole numbers kept
 /// for it in Marvik.cfg (as text, exactly as read).

@@ -5,5 +5,6 @@ target_sources(marvik_core PRIVATE
   app/Log.cpp app/Log.h
   app/Number.cpp app/Number.h
   app/Placement.cpp app/Placement.h
+  app/Session.cpp app/Session.h
   app/TextCodec.cpp app/TextCodec.h
   app/TextFile.cpp app/TextFile.h)

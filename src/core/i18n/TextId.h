@@ -96,9 +96,17 @@ enum class TextId : int {
     NoPicture,
     // Lists and files.
     ButtonClose,
+    ListDamageTitle,
     ListDamaged,
+    ListKeptAs,
     ListUnreadable,
     FileWriteFailed,
+    // Start-up.
+    LockOtherHost,
+    FolderUnusable,
+    FolderReadOnly,
+    ConfigKept,
+    ConfigUnreadable,
 
     Count
 };

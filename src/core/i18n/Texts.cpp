@@ -94,9 +94,20 @@ constexpr Builtin kEnglish[] = {
     {TextId::NetworkFailure, u"xxx not found: ???"},
     {TextId::NoPicture, u"No picture of xxx: ???"},
     {TextId::ButtonClose, u"Close"},
+    {TextId::ListDamageTitle, u"A list file is damaged:"},
+    {TextId::ListKeptAs, u"The whole file was kept as xxx."},
     {TextId::ListDamaged, u"xxx, line ???: fewer than eleven fields; the rest of the file was not loaded."},
     {TextId::ListUnreadable, u"xxx could not be read: ???"},
     {TextId::FileWriteFailed, u"xxx could not be written:\n???"},
+    {TextId::LockOtherHost, u"The data folder is locked by Marvik on the computer \u201cxxx\u201d (process ???" u"). "
+                            u"If Marvik is not running there with this folder, you can take the lock over.\n\n"
+                            u"Take it over and start Marvik?"},
+    {TextId::FolderUnusable, u"The data folder xxx cannot be used: ???"},
+    {TextId::FolderReadOnly, u"The data folder xxx cannot be written to. Marvik will run, but changes to your "
+                             u"lists and settings cannot be saved until it can."},
+    {TextId::ConfigKept, u"xxx was not a Marvik settings file. A copy was kept as ???; Marvik starts with its "
+                         u"default settings and writes a new file when it closes."},
+    {TextId::ConfigUnreadable, u"xxx could not be read: ???. Marvik starts with its default settings."},
 };
 
 } // namespace

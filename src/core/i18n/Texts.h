@@ -57,6 +57,7 @@ public:
     {
         return m_texts.fill(id, xxx, questionMarks);
     }
+    QString fillSource(TextId id, const QString &questionMarks) const { return m_texts.fillSource(id, questionMarks); }
     /// Replaces the whole set and tells every window.
     void setTexts(const Texts &texts);
 

@@ -28,6 +28,16 @@ QImage readThumbnail(const QString &path)
 
 } // namespace
 
+QString azimuthOf(const maps::DistanceFromMe &fromMe, const CallRecord &row)
+{
+    // Either coordinate 0 means the row has no position, and no bearing.
+    const double lat = app::val(row[Column::Latitude]);
+    const double lon = app::val(row[Column::Longitude]);
+    if (lat == 0 || lon == 0)
+        return {};
+    return maps::azimuthText(fromMe.bearing(lat, lon).degrees);
+}
+
 CallListModel::CallListModel(QObject *parent)
     : QAbstractTableModel(parent)
 {
@@ -150,6 +160,16 @@ void CallListModel::setThumbnail(int row, const QString &path)
     emit dataChanged(index(row, Column::FirstName), index(row, Column::FirstName));
 }
 
+void CallListModel::recomputeAzimuths(const maps::Position &me)
+{
+    if (m_rows.isEmpty())
+        return;
+    const maps::DistanceFromMe fromMe(me);
+    for (CallRecord &row : m_rows)
+        row[Column::Azimuth] = azimuthOf(fromMe, row);
+    emit dataChanged(index(0, Column::Azimuth), index(int(m_rows.size()) - 1, Column::Azimuth), {Qt::DisplayRole});
+}
+
 void CallListModel::refreshRow(int row)
 {
     emit dataChanged(index(row, 0), index(row, kColumnCount - 1));
@@ -212,13 +232,7 @@ LoadReport CallListModel::load(const QString &path, const LoadContext &context)
         row.callsignBack = QColor();
         row.firstNameBack = isNicknameAtLoad(row[Column::FullName], row[Column::FirstName]) ? kNicknameColour : QColor();
 
-        const double lat = app::val(row[Column::Latitude]);
-        const double lon = app::val(row[Column::Longitude]);
-        if (lat == 0 || lon == 0) {
-            row[Column::Azimuth].clear();
-        } else {
-            row[Column::Azimuth] = maps::azimuthText(fromMe.bearing(lat, lon).degrees);
-        }
+        row[Column::Azimuth] = azimuthOf(fromMe, row);
 
         // The thumbnail goes by the callsign as the file has it, slashed zero and all.
         row.thumbnail.clear();

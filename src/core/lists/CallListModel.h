@@ -12,6 +12,10 @@
 
 namespace marvik::lists {
 
+/// The azimuth column of a row: empty when either coordinate is 0, else the
+/// bearing from Me with "°".
+QString azimuthOf(const maps::DistanceFromMe &fromMe, const CallRecord &row);
+
 /// What the list loader needs besides the file.
 struct LoadContext
 {
@@ -67,6 +71,8 @@ public:
     /// Colours the callsign or first-name cell; an invalid colour gives the grid's own.
     void setCellBackground(int row, Column column, const QColor &colour);
     void setThumbnail(int row, const QString &path);
+    /// Every row's azimuth from a new own position, by the loader's rule.
+    void recomputeAzimuths(const maps::Position &me);
 
     /// Reads a list file as the Windows program did (see ListFile.h for the
     /// rules). Stops at a line with fewer than eleven fields, keeping what

@@ -25,17 +25,4 @@ LoadReport loadList(CallListModel &model, const QString &path, const LoadContext
     return report;
 }
 
-QString keepDamagedCopy(const QString &path)
-{
-    const QString stamp = QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMddHHmmss"));
-    QString copy = path + QStringLiteral(".damaged-") + stamp;
-    for (int n = 2; QFileInfo::exists(copy); ++n)
-        copy = path + QStringLiteral(".damaged-") + stamp + u'-' + QString::number(n);
-    if (!QFile::copy(path, copy)) {
-        qCWarning(lcLists) << "could not keep a copy of the damaged list" << path;
-        return {};
-    }
-    return copy;
-}
-
 } // namespace marvik::lists

@@ -15,8 +15,4 @@ bool saveList(const CallListModel &model, const QString &path, QString *errorStr
 LoadReport loadList(CallListModel &model, const QString &path, const LoadContext &context, qint16 &sortMode,
                     bool sorting = true);
 
-/// Copies a damaged list file aside as "<file>.damaged-<stamp>" so that the
-/// next save cannot lose what it held. Returns the copy's path, empty on failure.
-QString keepDamagedCopy(const QString &path);
-
 } // namespace marvik::lists

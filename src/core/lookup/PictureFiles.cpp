@@ -112,10 +112,4 @@ StoredPicture storePicture(const app::DataFolder &folder, const QString &callSig
     return result;
 }
 
-QString corruptPictureMessage()
-{
-    return QCoreApplication::translate("marvik::lookup", "The image may be corrupt") + u'\n'
-        + QCoreApplication::translate("marvik::lookup", "and can not be displayed.");
-}
-
 } // namespace marvik::lookup

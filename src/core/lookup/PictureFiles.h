@@ -57,7 +57,5 @@ struct StoredPicture
 /// atomically.
 StoredPicture storePicture(const app::DataFolder &folder, const QString &callSign, const QByteArray &bytes);
 
-/// The two lines the user is shown for a picture that cannot be displayed.
-QString corruptPictureMessage();
 
 } // namespace marvik::lookup

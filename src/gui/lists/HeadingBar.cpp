@@ -9,16 +9,19 @@ namespace marvik::gui {
 HeadingBar::HeadingBar(QWidget *parent)
     : QWidget(parent)
 {
-    const QStringList captions{QStringLiteral("Callsign"), QStringLiteral("First name"), QString(),
-                               QStringLiteral("Full name"), QStringLiteral("Address"), QStringLiteral("City"),
-                               QStringLiteral("Country")};
-    for (int i = 0; i < captions.size(); ++i) {
-        auto *label = new QLabel(captions[i], this);
+    for (int i = 0; i < kColumns; ++i) {
+        auto *label = new QLabel(this);
         label->setObjectName(QStringLiteral("lblGrid%1").arg(i));
         label->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
         m_labels.append(label);
     }
     setFixedHeight(kHeight);
+}
+
+void HeadingBar::setCaptions(const QStringList &captions)
+{
+    for (int i = 0; i < kColumns; ++i)
+        m_labels[i]->setText(captions.value(i));
 }
 
 void HeadingBar::setEdges(const QList<int> &edges)

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QList>
+#include <QStringList>
 #include <QWidget>
 
 class QLabel;
@@ -18,7 +19,13 @@ public:
     /// The bar's height: the frame runs from y = 60 to y = 77 of the window.
     static constexpr int kHeight = 18;
 
+    /// Callsign, first name, the azimuth (no caption), full name, address,
+    /// city, country.
+    static constexpr int kColumns = 7;
+
     explicit HeadingBar(QWidget *parent = nullptr);
+
+    void setCaptions(const QStringList &captions);
 
     /// The column edges in pixels, from 0; a column gets a caption when both
     /// of its edges are given.

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "gui/lists/ListNamesDialog.h"
 
+#include "core/i18n/Texts.h"
+
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QLineEdit>
@@ -9,11 +11,11 @@
 
 namespace marvik::gui {
 
-ListNamesDialog::ListNamesDialog(const QStringList &names, QWidget *parent)
+ListNamesDialog::ListNamesDialog(const QStringList &names, const i18n::CurrentTexts &texts, QWidget *parent)
     : QDialog(parent)
 {
     setObjectName(QStringLiteral("Form8"));
-    setWindowTitle(QStringLiteral("Change list names"));
+    setWindowTitle(texts[i18n::TextId::MenuNames]);
     auto *form = new QFormLayout;
     for (int i = 0; i < 5; ++i) {
         auto *box = new QLineEdit(names.value(i), this);
@@ -21,7 +23,7 @@ ListNamesDialog::ListNamesDialog(const QStringList &names, QWidget *parent)
         form->addRow(QString::number(i + 1), box);
         m_boxes.append(box);
     }
-    auto *close = new QPushButton(QStringLiteral("Close"), this);
+    auto *close = new QPushButton(texts[i18n::TextId::ButtonClose], this);
     close->setObjectName(QStringLiteral("cmdClose"));
     close->setDefault(true);
     connect(close, &QPushButton::clicked, this, &QDialog::accept);

@@ -6,6 +6,10 @@
 
 class QLineEdit;
 
+namespace marvik::i18n {
+class CurrentTexts;
+}
+
 namespace marvik::gui {
 
 /// `Form8`: the names of the five lists, one box each (`txtListName0`..4).
@@ -14,7 +18,7 @@ class ListNamesDialog : public QDialog
     Q_OBJECT
 
 public:
-    explicit ListNamesDialog(const QStringList &names, QWidget *parent = nullptr);
+    ListNamesDialog(const QStringList &names, const i18n::CurrentTexts &texts, QWidget *parent = nullptr);
 
     /// The five names as the boxes hold them now.
     QStringList names() const;

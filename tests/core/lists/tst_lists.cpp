@@ -2,6 +2,7 @@
 #include "support/TestFiles.h"
 #include "core/app/TextCodec.h"
 #include "core/lists/CallListModel.h"
+#include "core/app/Session.h"
 #include "core/lists/ListFile.h"
 
 #include <QCoreApplication>
@@ -307,10 +308,10 @@ void TestLists::damagedCopyKept()
 {
     const QString path = m_dir.filePath(u"List5.dat"_qs);
     QVERIFY(writeBytes(path, "bad*line\r\n"));
-    const QString copy = keepDamagedCopy(path);
+    const QString copy = marvik::app::keepDamagedCopy(path);
     QVERIFY(copy.startsWith(path + u".damaged-"_qs));
     QCOMPARE(readBytes(copy), QByteArray("bad*line\r\n"));
-    QVERIFY(keepDamagedCopy(path) != copy);
+    QVERIFY(marvik::app::keepDamagedCopy(path) != copy);
 }
 
 void TestLists::killedSaveNeverTearsTheFile()

@@ -6,6 +6,7 @@
 
 #include "core/app/DataFolder.h"
 #include "core/lookup/CookieJar.h"
+#include "core/i18n/Texts.h"
 #include "core/lookup/LookUp.h"
 #include "core/lookup/LookupResult.h"
 #include "core/lookup/NamedDownloads.h"
@@ -410,7 +411,10 @@ void TestLookUp::notAPicture()
     QCOMPARE(picture.readAll(), html);
     QVERIFY(stored.thumbnailPath.isEmpty());
     QVERIFY(!QFile::exists(folder.thumbnailPath(u"W1AW"_qs)));
-    QVERIFY(corruptPictureMessage().contains(u"The image may be corrupt\nand can not be displayed."_qs));
+    const marvik::i18n::Texts texts = marvik::i18n::Texts::english();
+    QCOMPARE(texts[marvik::i18n::TextId::CorruptImage1] + marvik::i18n::kMessageJoint
+                 + texts[marvik::i18n::TextId::CorruptImage2],
+             u"The image may be corrupt\nand can not be displayed."_qs);
 }
 
 void TestLookUp::samePictureNameOnlyNewestCompletes()

@@ -1,0 +1,104 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "gui/app/AppController.h"
+
+#include "core/app/Config.h"
+#include "core/app/DataFolder.h"
+#include "core/app/Session.h"
+#include "core/i18n/Texts.h"
+#include "gui/app/Commands.h"
+#include "gui/app/MainCommands.h"
+#include "gui/app/Messages.h"
+
+#include <QAction>
+#include <QDesktopServices>
+#include <QDir>
+#include <QFileInfo>
+#include <QUrl>
+
+namespace marvik::gui {
+
+using i18n::TextId;
+
+AppController::AppController(app::Session &session, const i18n::CurrentTexts &texts, Commands &commands,
+                             QWidget *dialogParent, QObject *parent)
+    : QObject(parent)
+    , m_session(session)
+    , m_texts(texts)
+    , m_commands(commands)
+    , m_parent(dialogParent)
+{
+    setObjectName(QStringLiteral("appController"));
+    for (const lookup::SourceInfo &info : lookup::sourceTable()) {
+        const lookup::Source source = info.source;
+        const QString current = indexed("mnuSource", lookup::menuIndexOf(source));
+        const QString fallback = indexed("mnuDefaultDB", lookup::menuIndexOf(source));
+        connect(commands.action(current), &QAction::triggered, this, [this, source] { chooseSource(source); });
+        connect(commands.action(fallback), &QAction::triggered, this, [this, source] { chooseDefault(source); });
+        commands.provide(current);
+        commands.provide(fallback);
+    }
+    connect(commands.action(QStringLiteral("mnuOnTop")), &QAction::triggered, this, &AppController::toggleOnTop);
+    connect(commands.action(QStringLiteral("mnuHelp")), &QAction::triggered, this, &AppController::showHelp);
+    connect(commands.action(QStringLiteral("mnuAbout")), &QAction::triggered, this, &AppController::showAbout);
+    for (const char *name : {"mnuOnTop", "mnuHelp", "mnuAbout"})
+        commands.provide(QLatin1String(name));
+}
+
+QString AppController::sourceLabel() const
+{
+    return lookup::menuLabel(m_session.sources(), m_session.currentSource());
+}
+
+void AppController::applyDefaultSource()
+{
+    const lookup::Source source =
+        lookup::sourceFromMenuIndex(m_session.settings().defaultDatabase).value_or(lookup::Source::EHam);
+    m_session.settings().defaultDatabase = qint16(lookup::menuIndexOf(source));
+    chooseSource(source);
+}
+
+void AppController::checkSourceMenus()
+{
+    const int current = lookup::menuIndexOf(m_session.currentSource());
+    const int fallback = m_session.settings().defaultDatabase;
+    for (int i = 0; i < lookup::kSourceCount; ++i) {
+        m_commands.action(indexed("mnuSource", i))->setChecked(i == current);
+        m_commands.action(indexed("mnuDefaultDB", i))->setChecked(i == fallback);
+    }
+}
+
+void AppController::chooseSource(lookup::Source source)
+{
+    m_session.setCurrentSource(source);
+    checkSourceMenus();
+    m_commands.refresh();
+    emit sourceLabelChanged(sourceLabel());
+}
+
+void AppController::chooseDefault(lookup::Source source)
+{
+    m_session.setDefaultSource(source);
+    chooseSource(source);
+}
+
+void AppController::toggleOnTop()
+{
+    qint16 &onTop = m_session.settings().alwaysOnTop;
+    onTop = onTop == 0 ? 1 : 0;
+    emit alwaysOnTopChanged(onTop == 1);
+}
+
+void AppController::showHelp()
+{
+    const QString path = app::shareFolder() + QStringLiteral("/Help.txt");
+    if (QFileInfo::exists(path) && QDesktopServices::openUrl(QUrl::fromLocalFile(path)))
+        return;
+    messages::exclamation(m_parent, m_texts.fill(TextId::HelpMissing, QDir::toNativeSeparators(path)));
+}
+
+void AppController::showAbout()
+{
+    messages::information(m_parent, QString::fromUtf16(app::kVersionText));
+}
+
+} // namespace marvik::gui

@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "core/lookup/Sources.h"
+
+#include <QObject>
+#include <QPointer>
+#include <QWidget>
+
+
+namespace marvik::app {
+class Session;
+}
+namespace marvik::i18n {
+class CurrentTexts;
+}
+
+namespace marvik::gui {
+
+class Commands;
+
+/// The main window's own commands: the source menus (the current source and
+/// the default), always on top, help and about.
+class AppController : public QObject
+{
+    Q_OBJECT
+
+public:
+    AppController(app::Session &session, const i18n::CurrentTexts &texts, Commands &commands, QWidget *dialogParent,
+                  QObject *parent = nullptr);
+
+    /// Start-up step 11: checks the default source in both menus and makes
+    /// it the current one.
+    void applyDefaultSource();
+    /// The label the Database menu shows for the current source.
+    QString sourceLabel() const;
+
+signals:
+    void alwaysOnTopChanged(bool onTop);
+    /// The current source changed; its label is the Database menu's caption
+    /// until the log-in check adds a suffix.
+    void sourceLabelChanged(const QString &label);
+
+private:
+    void chooseSource(lookup::Source source);
+    void chooseDefault(lookup::Source source);
+    void checkSourceMenus();
+    void toggleOnTop();
+    void showHelp();
+    void showAbout();
+
+    app::Session &m_session;
+    const i18n::CurrentTexts &m_texts;
+    Commands &m_commands;
+    QPointer<QWidget> m_parent;
+};
+
+} // namespace marvik::gui

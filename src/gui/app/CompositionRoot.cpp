@@ -1,0 +1,195 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "gui/app/CompositionRoot.h"
+
+#include "core/app/Session.h"
+#include "core/i18n/Texts.h"
+#include "core/lists/ListEditing.h"
+#include "core/lists/ListStore.h"
+#include "core/lookup/CookieJar.h"
+#include "gui/app/AppController.h"
+#include "gui/app/Commands.h"
+#include "gui/app/MainCommands.h"
+#include "gui/app/MainWindow.h"
+#include "gui/app/Messages.h"
+#include "gui/app/Selection.h"
+#include "gui/lists/ListsController.h"
+#include "gui/lookup/LookupController.h"
+
+#include <QAction>
+#include <QDir>
+
+#include <algorithm>
+#include <QNetworkAccessManager>
+
+namespace marvik::gui {
+
+using i18n::TextId;
+
+CompositionRoot::CompositionRoot(const QString &dataDir, QSettings *store, QObject *parent)
+    : QObject(parent)
+    , m_session(std::make_unique<app::Session>(dataDir, store))
+    , m_lists(std::make_unique<lists::ListStore>(m_session->dataFolder(), m_session->settings()))
+    , m_texts(std::make_unique<i18n::CurrentTexts>())
+    , m_commands(new Commands(*m_texts))
+    , m_selection(std::make_unique<Selection>(*m_lists))
+    , m_network(std::make_unique<QNetworkAccessManager>())
+{
+    setObjectName(QStringLiteral("compositionRoot"));
+    // One cookie jar for the lookups, the picture downloads and the web
+    // windows, so a log-in made in a browser window holds for the lookups.
+    m_jar = new lookup::CookieJar(m_session->dataFolder().path());
+    m_network->setCookieJar(m_jar);
+
+    addMainWindowCommands(*m_commands);
+    m_window = std::make_unique<MainWindow>(*m_commands, *m_texts, *m_selection);
+    m_commands->setParent(m_window.get());
+    m_window->setModels(m_lists->models());
+    wire();
+}
+
+CompositionRoot::~CompositionRoot()
+{
+    // Controllers hold references to the window's status line and the
+    // network manager; they go first.
+    delete m_lookup;
+    delete m_listsController;
+    delete m_app;
+}
+
+void CompositionRoot::wire()
+{
+    MainWindow *w = m_window.get();
+    m_app = new AppController(*m_session, *m_texts, *m_commands, w, this);
+    m_listsController = new ListsController(*m_lists, *m_session, *m_selection, *m_texts, *m_commands, w, this);
+    m_lookup = new LookupController(*m_lists, *m_session, *m_selection, w->statusLine(), *m_texts, *m_commands,
+                                    *m_network, *m_jar, w, this);
+
+    connect(w, &MainWindow::getRequested, m_lookup, &LookupController::get);
+    connect(w, &MainWindow::thumbnailClicked, m_lookup, &LookupController::showThumbnailPicture);
+    connect(w, &MainWindow::listChosen, m_listsController, &ListsController::switchTo);
+    connect(w, &MainWindow::sortChosen, m_listsController, &ListsController::sortBy);
+    connect(w, &MainWindow::closing, this, &CompositionRoot::shutDown);
+    connect(w, &MainWindow::firstPaint, this, [this] {
+        m_lists->loadPending();
+        m_listsController->reportDamage();
+    });
+
+    connect(m_lists.get(), &lists::ListStore::chooserLineChanged, w,
+            [this, w](int list) { w->setChooserLine(list, m_lists->chooserLine(list)); });
+    connect(m_listsController, &ListsController::focusCallBox, w, &MainWindow::focusCallBox);
+    connect(m_listsController, &ListsController::scrollToTop, w, &MainWindow::scrollToTop);
+    connect(m_app, &AppController::alwaysOnTopChanged, w, &MainWindow::setAlwaysOnTop);
+    connect(m_app, &AppController::sourceLabelChanged, w, &MainWindow::setSourceLabel);
+    connect(m_app, &AppController::sourceLabelChanged, m_lookup, &LookupController::sourceChanged);
+    connect(m_lookup, &LookupController::databaseCaptionChanged, w, &MainWindow::setDatabaseCaption);
+    connect(m_lookup, &LookupController::pictureProgress, w, &MainWindow::showPictureProgress);
+    connect(m_lookup, &LookupController::pictureProgressDone, w, &MainWindow::hidePictureProgress);
+    connect(m_session.get(), &app::Session::meChanged, m_lists.get(), &lists::ListStore::recomputeAzimuths);
+    connect(m_selection.get(), &Selection::currentChanged, m_commands, &Commands::refresh);
+}
+
+bool CompositionRoot::lockDataFolder()
+{
+    app::LockOutcome lock = m_session->lock();
+    if (lock.state == app::LockOutcome::State::OtherHost) {
+        const QString question = m_texts->fill(TextId::LockOtherHost, lock.host, QString::number(lock.pid));
+        if (!messages::question(m_window.get(), question))
+            return false;
+        lock = m_session->takeOverLock();
+    }
+    switch (lock.state) {
+    case app::LockOutcome::State::Acquired:
+    case app::LockOutcome::State::Failed:
+        // A folder that cannot hold a lock is told about with the other
+        // start-up notes; Marvik still runs.
+        return true;
+    case app::LockOutcome::State::OtherInstance:
+    case app::LockOutcome::State::OtherHost:
+        messages::exclamation(m_window.get(), (*m_texts)[TextId::AnotherInstance]);
+        return false;
+    }
+    return false;
+}
+
+bool CompositionRoot::startUp()
+{
+    app::Session &session = *m_session;
+    app::Settings &settings = session.settings();
+    session.setStarting(true);
+    m_lists->setStarting(true);
+
+    if (!lockDataFolder())
+        return false;
+    app::StartUpNotes notes;
+    session.prepareFolder(notes);
+    m_window->applyPlacement(session.placement());
+    session.ensureImageFolders();
+    session.scanMaps();
+    session.readConfig(notes);
+    m_window->setSortOption(settings.sortMode);
+    m_lists->loadAtStartUp(settings.currentList);
+
+    m_window->setAlwaysOnTop(settings.alwaysOnTop == 1);
+    m_window->showList(settings.currentList);
+    m_app->applyDefaultSource();
+
+    const int language = std::clamp<int>(settings.language, 0, 4);
+    m_commands->action(indexed("mnuLang", language))->setChecked(true);
+
+    session.setStarting(false);
+    m_lists->setStarting(false);
+
+    for (int n = 1; n <= lists::kListCount; ++n) {
+        QString &name = settings.listNames[std::size_t(n - 1)];
+        if (name.isEmpty())
+            name = lists::defaultListName((*m_texts)[TextId::ListWord], n);
+        m_window->setChooserLine(n, m_lists->chooserLine(n));
+    }
+    // The list switch that ends the start-up.
+    m_lists->reload(settings.currentList, true);
+    m_listsController->reportDamage();
+    m_window->focusCallBox();
+    m_commands->refresh();
+
+    m_started = true;
+    tellStartUpNotes(notes);
+    return true;
+}
+
+void CompositionRoot::tellStartUpNotes(const app::StartUpNotes &notes)
+{
+    const QString folder = QDir::toNativeSeparators(m_session->dataFolder().path());
+    const QString config = QDir::toNativeSeparators(m_session->dataFolder().configFile());
+    QStringList lines;
+    if (!notes.folderProblem.isEmpty())
+        lines << m_texts->fill(TextId::FolderUnusable, folder, notes.folderProblem);
+    else if (notes.folderReadOnly)
+        lines << m_texts->fill(TextId::FolderReadOnly, folder);
+    if (!notes.configKeptAs.isEmpty())
+        lines << m_texts->fill(TextId::ConfigKept, config, QDir::toNativeSeparators(notes.configKeptAs));
+    if (!notes.configProblem.isEmpty())
+        lines << m_texts->fill(TextId::ConfigUnreadable, config, notes.configProblem);
+    if (!lines.isEmpty())
+        messages::exclamation(m_window.get(), lines.join(QStringLiteral("\n\n")));
+}
+
+void CompositionRoot::shutDown()
+{
+    if (m_shutDown || !m_started)
+        return;
+    m_shutDown = true;
+    m_lookup->closeWindows();
+
+    if (const std::optional<app::Placement> place = m_window->placementToKeep())
+        m_session->savePlacement(*place);
+    m_session->settings().currentList = qint16(m_selection->currentList());
+    QString why;
+    if (!m_session->writeConfig(&why))
+        messages::exclamation(m_window.get(), m_texts->fill(TextId::FileWriteFailed,
+                                                             QDir::toNativeSeparators(m_session->dataFolder().configFile()), why));
+    for (int n = 1; n <= lists::kListCount; ++n)
+        m_lists->save(n);
+    m_session->finish();
+}
+
+} // namespace marvik::gui

@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QObject>
+#include <QString>
+
+#include <memory>
+
+class QNetworkAccessManager;
+class QSettings;
+
+namespace marvik::app {
+class Session;
+struct StartUpNotes;
+}
+namespace marvik::i18n {
+class CurrentTexts;
+}
+namespace marvik::lists {
+class ListStore;
+}
+namespace marvik::lookup {
+class CookieJar;
+}
+
+namespace marvik::gui {
+
+class AppController;
+class Commands;
+class ListsController;
+class LookupController;
+class MainWindow;
+class Selection;
+
+/// Builds Marvik and wires its parts: the session, the list store, the one
+/// network manager with its cookie jar, the current texts, the commands,
+/// the main window and one controller per part. The desktop program and
+/// the window tests start Marvik through this same object.
+class CompositionRoot : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// `dataDir` empty: the per-user data folder; `store` null: the per-user
+    /// settings store.
+    explicit CompositionRoot(const QString &dataDir = {}, QSettings *store = nullptr, QObject *parent = nullptr);
+    ~CompositionRoot() override;
+
+    /// The start-up sequence. False when Marvik must not run (another
+    /// instance holds the data folder; the user has been told).
+    bool startUp();
+    /// The shut-down sequence; runs once, when the window closes.
+    void shutDown();
+
+    MainWindow *mainWindow() const { return m_window.get(); }
+    app::Session &session() const { return *m_session; }
+    lists::ListStore &lists() const { return *m_lists; }
+    Selection &selection() const { return *m_selection; }
+    Commands &commands() const { return *m_commands; }
+    i18n::CurrentTexts &texts() const { return *m_texts; }
+    QNetworkAccessManager &network() const { return *m_network; }
+    lookup::CookieJar &cookieJar() const { return *m_jar; }
+    LookupController *lookup() const { return m_lookup; }
+    ListsController *listsController() const { return m_listsController; }
+
+private:
+    void wire();
+    bool lockDataFolder();
+    void tellStartUpNotes(const app::StartUpNotes &notes);
+
+    std::unique_ptr<app::Session> m_session;
+    std::unique_ptr<lists::ListStore> m_lists;
+    std::unique_ptr<i18n::CurrentTexts> m_texts;
+    /// Owned by the main window, so its actions are found among the window's
+    /// children like every other menu item.
+    Commands *m_commands = nullptr;
+    std::unique_ptr<Selection> m_selection;
+    std::unique_ptr<QNetworkAccessManager> m_network;
+    lookup::CookieJar *m_jar = nullptr;
+    std::unique_ptr<MainWindow> m_window;
+    AppController *m_app = nullptr;
+    ListsController *m_listsController = nullptr;
+    LookupController *m_lookup = nullptr;
+    bool m_started = false;
+    bool m_shutDown = false;
+};
+
+} // namespace marvik::gui

@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "gui/app/Messages.h"
+
+#include <QInputDialog>
+#include <QMessageBox>
+#include <QQueue>
+
+namespace marvik::gui::messages {
+
+namespace {
+
+const QString kTitle = QStringLiteral("Marvik");
+
+struct Seam
+{
+    QQueue<Answer> answers;
+    QList<Shown> shown;
+};
+
+Seam &seam()
+{
+    static Seam s;
+    return s;
+}
+
+/// Answers from the queue when a test queued one.
+std::optional<Answer> scripted(const Shown &box)
+{
+    if (seam().answers.isEmpty())
+        return std::nullopt;
+    seam().shown.append(box);
+    return seam().answers.dequeue();
+}
+
+void showBox(QWidget *parent, QMessageBox::Icon icon, Shown::Kind kind, const QString &text)
+{
+    if (scripted(Shown{kind, kTitle, text, {}, true}))
+        return;
+    QMessageBox box(icon, kTitle, text, QMessageBox::Ok, parent);
+    box.exec();
+}
+
+} // namespace
+
+void information(QWidget *parent, const QString &text)
+{
+    showBox(parent, QMessageBox::Information, Shown::Kind::Information, text);
+}
+
+void exclamation(QWidget *parent, const QString &text)
+{
+    showBox(parent, QMessageBox::Warning, Shown::Kind::Exclamation, text);
+}
+
+bool question(QWidget *parent, const QString &text, bool defaultYes)
+{
+    if (const auto answer = scripted(Shown{Shown::Kind::Question, kTitle, text, {}, defaultYes}))
+        return answer->yes;
+    QMessageBox box(QMessageBox::Warning, kTitle, text, QMessageBox::Yes | QMessageBox::No, parent);
+    box.setDefaultButton(defaultYes ? QMessageBox::Yes : QMessageBox::No);
+    box.setEscapeButton(QMessageBox::No);
+    return box.exec() == QMessageBox::Yes;
+}
+
+std::optional<QString> input(QWidget *parent, const QString &prompt, const QString &value)
+{
+    if (const auto answer = scripted(Shown{Shown::Kind::Input, kTitle, prompt, value, true}))
+        return answer->yes ? answer->text : std::nullopt;
+    QInputDialog dialog(parent);
+    dialog.setWindowTitle(kTitle);
+    dialog.setLabelText(prompt);
+    dialog.setTextValue(value);
+    if (dialog.exec() != QDialog::Accepted)
+        return std::nullopt;
+    return dialog.textValue();
+}
+
+void answerNext(const Answer &answer)
+{
+    seam().answers.enqueue(answer);
+}
+
+QList<Shown> takeShown()
+{
+    return std::exchange(seam().shown, {});
+}
+
+void resetSeam()
+{
+    seam().answers.clear();
+    seam().shown.clear();
+}
+
+} // namespace marvik::gui::messages

@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "core/lists/ListStore.h"
+
+#include <QObject>
+#include <QPointer>
+#include <QWidget>
+#include <QStringList>
+
+
+namespace marvik::app {
+class Session;
+}
+namespace marvik::i18n {
+class CurrentTexts;
+}
+
+namespace marvik::gui {
+
+class Commands;
+class Selection;
+
+/// The list commands: switching lists, the sort options, copying a row or
+/// all rows to another list, deleting, clearing, renaming a first name
+/// everywhere and the list names; and telling the user about list files
+/// that could not be read or written.
+class ListsController : public QObject
+{
+    Q_OBJECT
+
+public:
+    ListsController(lists::ListStore &lists, app::Session &session, Selection &selection,
+                    const i18n::CurrentTexts &texts, Commands &commands, QWidget *dialogParent,
+                    QObject *parent = nullptr);
+
+    /// The list chooser picked list 1..5.
+    void switchTo(int list);
+    /// A sort option was clicked.
+    void sortBy(int index);
+    /// Damage found while starting is told once the window shows.
+    void reportDamage();
+
+signals:
+    /// Give the keyboard focus back to the callsign box.
+    void focusCallBox();
+    void scrollToTop(int list);
+
+private:
+    void addTo(int list);
+    void addAllTo(int list);
+    void deleteRow();
+    void clearList();
+    void changeFirstName();
+    void changeListNames();
+    void collectDamage(const lists::DamageReport &report);
+    void tellWriteFailure(const QString &path, const QString &why);
+
+    lists::ListStore &m_lists;
+    app::Session &m_session;
+    Selection &m_selection;
+    const i18n::CurrentTexts &m_texts;
+    Commands &m_commands;
+    QPointer<QWidget> m_parent;
+    QStringList m_damage;
+};
+
+} // namespace marvik::gui

@@ -234,36 +234,29 @@ void TestLanguages::failedLoadKeepsTheTexts()
 void TestLanguages::fileOnDisk_data()
 {
     QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<int>("outcome");
     QTest::addColumn<QString>("lastValue");
     QStringList lines = numberedFile(kTag);
     lines.last() = u"Capture.CopyToClipboard = In Zwischenablage kopieren \u00fc\u20ac"_qs;
     const QString text = lines.join(u"\r\n"_qs) + u"\r\n"_qs;
     const QString expected = u"In Zwischenablage kopieren \u00fc\u20ac"_qs;
-    QTest::newRow("Windows-1252") << windows1252(text) << int(Outcome::Loaded) << expected;
-    QTest::newRow("UTF-8 behind a byte-order mark")
-        << QByteArray("\xEF\xBB\xBF") + text.toUtf8() << int(Outcome::Loaded) << expected;
+    QTest::newRow("Windows-1252") << windows1252(text) << expected;
+    QTest::newRow("UTF-8 behind a byte-order mark") << QByteArray("\xEF\xBB\xBF") + text.toUtf8() << expected;
     // Without the mark a UTF-8 file reads as Windows-1252: the version line
-    // still matches, the letters come out as two characters each.
+    // still matches, each letter beyond ASCII comes out as two or three.
     QTest::newRow("UTF-8 without a mark")
-        << text.toUtf8() << int(Outcome::Loaded) << u"In Zwischenablage kopieren \u00c3\u00bc\u00e2\u201a\u00ac"_qs;
+        << text.toUtf8() << u"In Zwischenablage kopieren \u00c3\u00bc\u00e2\u201a\u00ac"_qs;
 }
 
 void TestLanguages::fileOnDisk()
 {
     QFETCH(QByteArray, bytes);
-    QFETCH(int, outcome);
     QFETCH(QString, lastValue);
     QTemporaryDir dir;
     const QString path = dir.filePath(u"Marvik_German.Language"_qs);
     QVERIFY(writeBytes(path, bytes));
     const LanguageLoad load = loadLanguageFile(path, 2, Texts::english());
-    QCOMPARE(int(load.outcome), outcome);
+    QVERIFY(load.loaded());
     QCOMPARE(load.texts[TextId::CaptureCopy], lastValue);
-    // A folder in the file's place is no file.
-    QVERIFY(QFile::remove(path));
-    QVERIFY(QDir().mkpath(path));
-    QCOMPARE(loadLanguageFile(path, 2, Texts::english()).outcome, Outcome::MissingOrCorrupt);
 }
 
 void TestLanguages::shippedFiles_data()

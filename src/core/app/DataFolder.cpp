@@ -3,6 +3,7 @@
 
 #include "core/app/Callsign.h"
 #include "core/app/Log.h"
+#include "core/i18n/LanguageFile.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -32,6 +33,36 @@ void copyMissingTree(const QString &from, const QString &to)
             // user's copies must not be.
             QFile::setPermissions(target, QFile::permissions(target) | QFile::WriteOwner);
         }
+    }
+}
+
+// A language file must match the program, so the shipped ones are put in
+// place whenever the user's copy is missing or of another version. A copy
+// with the right version line is the user's to edit and stays; one that is
+// replaced is kept beside as "<name>.old", since it may hold their own words.
+void installLanguageFiles(const QString &from, const QString &to)
+{
+    if (!QFileInfo(from).isDir())
+        return;
+    QDir().mkpath(to);
+    const QFileInfoList shipped = QDir(from).entryInfoList({QStringLiteral("*.Language")}, QDir::Files);
+    for (const QFileInfo &file : shipped) {
+        const QString target = to + u'/' + file.fileName();
+        if (QFileInfo::exists(target)) {
+            if (i18n::hasCurrentVersionLine(target) || !i18n::hasCurrentVersionLine(file.filePath()))
+                continue;
+            const QString old = target + QStringLiteral(".old");
+            QFile::remove(old);
+            if (!QFile::rename(target, old)) {
+                qCWarning(lcApp) << "could not move aside" << target;
+                continue;
+            }
+            qCInfo(lcApp) << "language file" << target << "is of another version; the shipped one replaces it";
+        }
+        if (!QFile::copy(file.filePath(), target))
+            qCWarning(lcApp) << "could not install" << target;
+        else
+            QFile::setPermissions(target, QFile::permissions(target) | QFile::WriteOwner);
     }
 }
 
@@ -87,12 +118,10 @@ bool DataFolder::ensureCreated(const QString &shareDir, QString *errorString) co
         QFile::copy(shareDir + QStringLiteral("/Marvik.cfg"), cfg);
         QFile::setPermissions(cfg, QFile::permissions(cfg) | QFile::WriteOwner);
     }
-    for (const QString &folder : {QStringLiteral("Maps"), QStringLiteral("Languages")}) {
-        const QString target = filePath(folder);
-        const QString source = shareDir + u'/' + folder;
-        if (!QFileInfo(target).isDir() && QFileInfo(source).isDir())
-            copyMissingTree(source, target);
-    }
+    const QString maps = mapsDir();
+    if (!QFileInfo(maps).isDir() && QFileInfo(shareDir + QStringLiteral("/Maps")).isDir())
+        copyMissingTree(shareDir + QStringLiteral("/Maps"), maps);
+    installLanguageFiles(shareDir + QStringLiteral("/Languages"), languagesDir());
     return true;
 }
 

@@ -34,9 +34,11 @@ public:
     QString thumbnailPath(const QString &callsign) const;
 
     /// Creates the data folder and seeds what is missing from the shipped
-    /// defaults in `shareDir`: Marvik.cfg, Maps/ and Languages/ when absent.
-    /// Never overwrites a user's file. Returns false when the folder cannot be
-    /// made.
+    /// defaults in `shareDir`: Marvik.cfg and Maps/ when absent, and each
+    /// shipped language file that is missing or whose version line no longer
+    /// matches the program (the old one is kept as "<name>.old"). Never
+    /// overwrites any other file of the user's. Returns false when the folder
+    /// cannot be made.
     bool ensureCreated(const QString &shareDir, QString *errorString = nullptr) const;
 
     /// Creates Images/ and Images/Thumbs/ when missing.

@@ -16,6 +16,9 @@ struct Builtin
 };
 
 // Every id has its English text here; english() checks that none is missing.
+// The first 57 are exactly the values of the English language file: trimmed,
+// since a language file cannot carry blanks at a value's ends (padded() puts
+// back the ones the program shows).
 constexpr Builtin kEnglish[] = {
     {TextId::MenuDatabase, u"Database"},
     {TextId::MenuExpand, u"Expand"},
@@ -53,9 +56,9 @@ constexpr Builtin kEnglish[] = {
     {TextId::AlreadyInList, u"Already in list"},
     {TextId::NotFound, u"xxx not found"},
     {TextId::LoginRequired, u"Details require a log-in to QRZ.com"},
-    {TextId::LoggedIn, u"  (Logged in)"},
-    {TextId::LoginNeeded, u"  (Login required)"},
-    {TextId::LoginNotNeeded, u"  (Login not required)"},
+    {TextId::LoggedIn, u"(Logged in)"},
+    {TextId::LoginNeeded, u"(Login required)"},
+    {TextId::LoginNotNeeded, u"(Login not required)"},
     {TextId::MenuName, u"Change first name of xxx"},
     {TextId::MenuAddCall, u"Add xxx to"},
     {TextId::MenuUpdate, u"Update xxx from ???"},
@@ -122,6 +125,25 @@ Texts Texts::english()
     }
     Q_ASSERT(std::all_of(filled.begin(), filled.end(), [](bool f) { return f; }));
     return t;
+}
+
+QString Texts::padded(TextId id) const
+{
+    const QString &text = (*this)[id];
+    switch (id) {
+    case TextId::LoggedIn:
+    case TextId::LoginNeeded:
+    case TextId::LoginNotNeeded:
+        // A suffix of the source's name: "QRZ.com  (Logged in)".
+        return QStringLiteral("  ") + text;
+    case TextId::MenuExpand:
+    case TextId::MenuCollapse:
+        return QStringLiteral("  ") + text + QStringLiteral("  ");
+    case TextId::FromMe:
+        return u' ' + text + u' ';
+    default:
+        return text;
+    }
 }
 
 QString Texts::fill(TextId id, const QString &xxx, const QString &questionMarks) const

@@ -21,6 +21,12 @@ public:
     const QString &operator[](TextId id) const { return m_values[std::size_t(id)]; }
     QString &operator[](TextId id) { return m_values[std::size_t(id)]; }
 
+    /// A text as the program shows it: language files cannot carry blanks
+    /// at a value's ends, so the program adds them where it always showed
+    /// them ("  (Logged in)", "  Expand  ", " From Me "). Every other text
+    /// comes back as it is.
+    QString padded(TextId id) const;
+
     /// A text with every "xxx" replaced by `xxx` and every "???" by
     /// `questionMarks` (when given).
     QString fill(TextId id, const QString &xxx, const QString &questionMarks = {}) const;
@@ -58,6 +64,7 @@ public:
         return m_texts.fill(id, xxx, questionMarks);
     }
     QString fillSource(TextId id, const QString &questionMarks) const { return m_texts.fillSource(id, questionMarks); }
+    QString padded(TextId id) const { return m_texts.padded(id); }
     /// Replaces the whole set and tells every window.
     void setTexts(const Texts &texts);
 

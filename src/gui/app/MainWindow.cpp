@@ -261,8 +261,8 @@ void MainWindow::relabel()
     title("mnuLan", TextId::MenuLanguage);
     title("mnuAddAll", TextId::MenuAddAll);
     m_mnuAddCall->setTitle(Commands::menuText(m_texts[TextId::MenuAddCall]));
-    const QString view = m_texts[m_expanded ? TextId::MenuCollapse : TextId::MenuExpand];
-    m_commands.action(QStringLiteral("mnuExpand"))->setText(Commands::menuText(u"  " + view + u"  "));
+    const QString view = m_texts.padded(m_expanded ? TextId::MenuCollapse : TextId::MenuExpand);
+    m_commands.action(QStringLiteral("mnuExpand"))->setText(Commands::menuText(view));
     layoutControls();
 }
 

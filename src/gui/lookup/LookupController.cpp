@@ -129,7 +129,7 @@ void LookupController::gotSite(const QString &subject, bool loggedIn)
     const TextId suffix = source == lookup::Source::Callook ? TextId::LoginNotNeeded
                           : loggedIn                        ? TextId::LoggedIn
                                                             : TextId::LoginNeeded;
-    emit databaseCaptionChanged(m_sourceLabel + m_texts[suffix]);
+    emit databaseCaptionChanged(m_sourceLabel + m_texts.padded(suffix));
 }
 
 void LookupController::get(const QString &typed)

@@ -99,6 +99,8 @@ enum class TextId : int {
     ListDamaged,
     ListUnreadable,
     FileWriteFailed,
+    // Sharing with EasyPal.
+    PasteByHand,
 
     Count
 };

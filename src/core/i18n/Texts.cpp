@@ -97,6 +97,7 @@ constexpr Builtin kEnglish[] = {
     {TextId::ListDamaged, u"xxx, line ???: fewer than eleven fields; the rest of the file was not loaded."},
     {TextId::ListUnreadable, u"xxx could not be read: ???"},
     {TextId::FileWriteFailed, u"xxx could not be written:\n???"},
+    {TextId::PasteByHand, u"Marvik could not reach EasyPal's window: press F7 in EasyPal to paste what is on the clipboard."},
 };
 
 } // namespace

@@ -8,6 +8,7 @@ packages=(
   cmake ninja-build g++ pkgconf
   qt6-base-dev qt6-base-dev-tools qt6-webengine-dev qt6-image-formats-plugins libgl-dev
   libgumbo-dev libxdo-dev
+  fonts-liberation  # the list text is measured in Arial and printed in Courier New: their metric twins
 )
 test_packages=(
   clang libclang-rt-14-dev libbenchmark-dev

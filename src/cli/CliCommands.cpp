@@ -2,6 +2,7 @@
 #include "cli/CliCommands.h"
 
 #include "cli/LookupCommands.h"
+#include "cli/ShareCommands.h"
 
 #include "core/maps/Geometry.h"
 
@@ -90,6 +91,7 @@ const QHash<QString, Command> &commands()
         {QStringLiteral("html2text"), {1, QStringLiteral("html2text FILE"), html2text}},
         {QStringLiteral("read"), {3, QStringLiteral("read SOURCE CALLSIGN FILE"), readPage}},
         {QStringLiteral("lookup"), {-1, QStringLiteral("lookup [--source SOURCE] CALLSIGN"), lookup}},
+        {QStringLiteral("list-text"), {1, QStringLiteral("list-text LIST"), listText}},
     };
     return table;
 }

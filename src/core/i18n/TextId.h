@@ -107,6 +107,8 @@ enum class TextId : int {
     FolderReadOnly,
     ConfigKept,
     ConfigUnreadable,
+    // Sharing with EasyPal.
+    PasteByHand,
 
     Count
 };

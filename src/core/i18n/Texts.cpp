@@ -111,6 +111,7 @@ constexpr Builtin kEnglish[] = {
     {TextId::ConfigKept, u"xxx was not a Marvik settings file. A copy was kept as ???; Marvik starts with its "
                          u"default settings and writes a new file when it closes."},
     {TextId::ConfigUnreadable, u"xxx could not be read: ???. Marvik starts with its default settings."},
+    {TextId::PasteByHand, u"Marvik could not reach EasyPal's window: press F7 in EasyPal to paste what is on the clipboard."},
 };
 
 } // namespace

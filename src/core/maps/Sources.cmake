@@ -1,1 +1,1 @@
-target_sources(marvik_core PRIVATE maps/Geometry.cpp maps/Geometry.h)
+target_sources(marvik_core PRIVATE maps/Geometry.cpp maps/Geometry.h maps/Projection.cpp maps/Projection.h)

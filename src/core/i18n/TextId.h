@@ -99,6 +99,13 @@ enum class TextId : int {
     ListDamaged,
     ListUnreadable,
     FileWriteFailed,
+    // Map window.
+    MenuMaps,
+    MapStationOutside,
+    MapMeOutside,
+    MapShowWorld,
+    MapUnreadable,
+    MapHint,
 
     Count
 };

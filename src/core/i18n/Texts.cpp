@@ -97,6 +97,12 @@ constexpr Builtin kEnglish[] = {
     {TextId::ListDamaged, u"xxx, line ???: fewer than eleven fields; the rest of the file was not loaded."},
     {TextId::ListUnreadable, u"xxx could not be read: ???"},
     {TextId::FileWriteFailed, u"xxx could not be written:\n???"},
+    {TextId::MenuMaps, u"Maps"},
+    {TextId::MapStationOutside, u"xxx lies outside this map."},
+    {TextId::MapMeOutside, u"Your own station lies outside this map."},
+    {TextId::MapShowWorld, u"Show the world map"},
+    {TextId::MapUnreadable, u"The map xxx could not be read."},
+    {TextId::MapHint, u"Drag to move the map, turn the wheel to zoom, press 0 for its own size, double-click to close."},
 };
 
 } // namespace

@@ -120,47 +120,19 @@ void MapCanvas::drawMarks(QPainter &p) const
         p.drawEllipse(c, 4, 4);
     }
 
-    QFont font = m_window.font();
-    font.setBold(true);
-    font.setItalic(true);
+    const QFont font = m_window.labelFont();
     p.setFont(font);
     const QFontMetricsF fm(font);
-
-    // Labels sit on the side of their point away from the other point, so
-    // the line never runs through them.
-    const auto place = [&](QPointF at, const QStringList &lines, const std::optional<QPoint> &other) {
-        bool left = false;
-        bool above = false;
-        if (other) {
-            const QPointF o = pixelCentre(*other, zoom);
-            left = o.x() > at.x();
-            above = o.y() > at.y();
-        }
-        double width = 0;
-        for (const QString &line : lines)
-            width = std::max(width, fm.horizontalAdvance(line));
-        const double lineHeight = fm.height();
-        const QSizeF size(width + 4, lineHeight * lines.size() + 2);
-        QRectF box(QPointF(0, 0), size);
-        box.moveLeft(left ? at.x() - kLabelGap - size.width() : at.x() + kLabelGap);
-        box.moveTop(above ? at.y() - kLabelGap - size.height() : at.y() + kLabelGap);
+    for (const MapWindow::Label &label : m_window.labels()) {
         p.setPen(QPen(QColor(0, 0, 255, 110), 1));
         p.setBrush(kLabelGround);
-        p.drawRoundedRect(box, 3, 3);
+        p.drawRoundedRect(label.box, 3, 3);
         p.setPen(kLabelText);
-        for (qsizetype i = 0; i < lines.size(); ++i)
-            p.drawText(QPointF(box.left() + 2, box.top() + 1 + fm.ascent() + lineHeight * double(i)), lines[i]);
-    };
-
-    const maps::MapScene &scene = m_window.m_scene;
-    if (station && scene.station) {
-        QStringList lines{maps::toLabel(scene.station->callsign)};
-        if (scene.me)
-            lines.append(maps::distanceLabel(scene.station->callsign, scene.bearing));
-        place(pixelCentre(*station, zoom), lines, me);
+        for (qsizetype i = 0; i < label.lines.size(); ++i) {
+            p.drawText(QPointF(label.box.left() + 2, label.box.top() + 1 + fm.ascent() + fm.height() * double(i)),
+                       label.lines[i]);
+        }
     }
-    if (me)
-        place(pixelCentre(*me, zoom), {maps::fromMeLabel(m_window.m_texts[i18n::TextId::FromMe])}, station);
 }
 
 void MapCanvas::mousePressEvent(QMouseEvent *event)
@@ -415,6 +387,55 @@ int MapWindow::worldMapIndex() const
     return -1;
 }
 
+QFont MapWindow::labelFont() const
+{
+    QFont f = font();
+    f.setBold(true);
+    f.setItalic(true);
+    return f;
+}
+
+QList<MapWindow::Label> MapWindow::labels() const
+{
+    QList<Label> result;
+    const QFontMetricsF fm(labelFont());
+    // Labels sit on the side of their point away from the other point, so
+    // the line never runs through them.
+    const auto place = [&](QPoint point, const QStringList &lines, const std::optional<QPoint> &other) {
+        const QPointF at = pixelCentre(point, m_zoom);
+        bool left = false;
+        bool above = false;
+        if (other) {
+            const QPointF o = pixelCentre(*other, m_zoom);
+            left = o.x() > at.x();
+            above = o.y() > at.y();
+        }
+        double width = 0;
+        for (const QString &line : lines)
+            width = std::max(width, fm.horizontalAdvance(line));
+        const QSizeF size(width + 4, fm.height() * double(lines.size()) + 2);
+        QRectF box(QPointF(0, 0), size);
+        box.moveLeft(left ? at.x() - kLabelGap - size.width() : at.x() + kLabelGap);
+        box.moveTop(above ? at.y() - kLabelGap - size.height() : at.y() + kLabelGap);
+        // A label that would leave the map goes to the point's other side.
+        const QSizeF canvas = QSizeF(m_map.size()) * m_zoom;
+        if (box.right() > canvas.width() || box.left() < 0)
+            box.moveLeft(box.left() < 0 ? at.x() + kLabelGap : at.x() - kLabelGap - size.width());
+        if (box.bottom() > canvas.height() || box.top() < 0)
+            box.moveTop(box.top() < 0 ? at.y() + kLabelGap : at.y() - kLabelGap - size.height());
+        result.append({box, lines});
+    };
+    if (m_stationPixel && m_scene.station) {
+        QStringList lines{maps::toLabel(m_scene.station->callsign)};
+        if (m_scene.me)
+            lines.append(maps::distanceLabel(m_scene.station->callsign, m_scene.bearing));
+        place(*m_stationPixel, lines, m_mePixel);
+    }
+    if (m_mePixel)
+        place(*m_mePixel, {maps::fromMeLabel(m_texts[i18n::TextId::FromMe])}, m_stationPixel);
+    return result;
+}
+
 void MapWindow::setZoom(double zoom, QPointF anchor)
 {
     if (m_map.isNull())
@@ -447,20 +468,28 @@ void MapWindow::scrollToSubject()
     const std::optional<QPoint> &subject = m_stationPixel ? m_stationPixel : m_mePixel;
     if (!subject)
         return;
-    const QSize view = m_outer->viewport()->size();
+    // What must be in sight: the subject with its label, and Me with its
+    // label as well when all of it fits the view.
+    const QList<Label> boxes = labels();
     const QPointF s = pixelCentre(*subject, m_zoom);
-    QRectF wanted(s, QSizeF(0, 0));
-    if (m_mePixel && m_stationPixel) {
-        const QRectF both = QRectF(s, pixelCentre(*m_mePixel, m_zoom)).normalized();
-        // Both in sight when they fit; the station first when they do not.
-        if (both.width() + 200 < view.width() && both.height() + 120 < view.height())
-            wanted = both;
-    }
+    QRectF wanted = QRectF(s, QSizeF(0, 0)).adjusted(-kLabelGap, -kLabelGap, kLabelGap, kLabelGap);
+    if (!boxes.isEmpty())
+        wanted |= boxes.first().box;
+    QRectF all = wanted;
+    for (const Label &label : boxes)
+        all |= label.box;
+    if (m_mePixel)
+        all |= QRectF(pixelCentre(*m_mePixel, m_zoom), QSizeF(0, 0));
+    const QSize view = m_outer->viewport()->size();
+    const QRectF room = QRectF(QPointF(0, 0), QSizeF(view)).adjusted(10, 10, -10, -10);
+    if (all.width() <= room.width() && all.height() <= room.height())
+        wanted = all;
+
     QScrollBar *h = m_outer->horizontalScrollBar();
     QScrollBar *v = m_outer->verticalScrollBar();
-    const QRectF shown(h->value(), v->value(), view.width(), view.height());
-    // Already in sight, with room for the labels: leave the view alone.
-    if (shown.adjusted(60, 40, -160, -60).contains(wanted))
+    const QRectF shown = room.translated(h->value(), v->value());
+    // Already in sight: leave the view alone.
+    if (shown.contains(wanted))
         return;
     h->setValue(int(std::lround(wanted.center().x() - view.width() / 2.0)));
     v->setValue(int(std::lround(wanted.center().y() - view.height() / 2.0)));

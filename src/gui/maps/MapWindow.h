@@ -6,7 +6,8 @@
 #include <QMainWindow>
 #include <QPixmap>
 #include <QPoint>
-#include <QPointer>
+#include <QRectF>
+#include <QStringList>
 
 #include <optional>
 
@@ -75,6 +76,16 @@ protected:
 
 private:
     friend class MapCanvas;
+
+    /// A label box in `picInner`'s coordinates and its lines.
+    struct Label
+    {
+        QRectF box;
+        QStringList lines;
+    };
+    QFont labelFont() const;
+    /// The station's label (if drawn) first, then Me's.
+    QList<Label> labels() const;
 
     void pick(int index);
     void loadMap();

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "core/maps/MapScene.h"
 #include "core/maps/Projection.h"
 
 #include <QImage>
@@ -59,6 +60,8 @@ private slots:
     void ownLatitudeClamp();
     void coastalCities_data();
     void coastalCities();
+    void sceneForRow_data();
+    void sceneForRow();
 };
 
 void TestProjection::worldMap_data()
@@ -411,6 +414,42 @@ void TestProjection::coastalCities()
     }
     QVERIFY2(land, "no land beside the mark");
     QVERIFY2(water, "no water beside the mark");
+}
+
+void TestProjection::sceneForRow_data()
+{
+    QTest::addColumn<double>("meLat");
+    QTest::addColumn<double>("meLon");
+    QTest::addColumn<double>("lat");
+    QTest::addColumn<double>("lon");
+    QTest::addColumn<bool>("hasMe");
+    QTest::addColumn<bool>("hasStation");
+    QTest::addColumn<QString>("label");
+
+    QTest::newRow("worked figures") << 40.0 << -75.0 << 51.5 << -0.12 << true << true << u" W1ABC  3540 mi  50\u00b0"_qs;
+    QTest::newRow("same place: azimuth forced to 0") << 40.0 << -75.0 << 40.0 << -75.0 << true << true
+                                                     << u" W1ABC  0 mi  0\u00b0"_qs;
+    QTest::newRow("Me not set") << 0.0 << 0.0 << 51.5 << -0.12 << false << true << u" W1ABC  0 mi  0\u00b0"_qs;
+    QTest::newRow("row without a position") << 40.0 << -75.0 << 0.0 << 0.0 << true << false << QString();
+    QTest::newRow("one coordinate makes a position") << 40.0 << -75.0 << 0.0 << 10.0 << true << true << QString();
+}
+
+void TestProjection::sceneForRow()
+{
+    QFETCH(double, meLat);
+    QFETCH(double, meLon);
+    QFETCH(double, lat);
+    QFETCH(double, lon);
+    QFETCH(bool, hasMe);
+    QFETCH(bool, hasStation);
+    QFETCH(QString, label);
+    const MapScene scene = MapScene::forRow({meLat, meLon}, u"W1ABC"_qs, lat, lon);
+    QCOMPARE(bool(scene.me), hasMe);
+    QCOMPARE(bool(scene.station), hasStation);
+    if (!label.isNull())
+        QCOMPARE(distanceLabel(scene.station->callsign, scene.bearing), label);
+    QCOMPARE(toLabel(u"W1ABC"_qs), u"To W1ABC "_qs);
+    QCOMPARE(fromMeLabel(u"From Me"_qs), u" From Me "_qs);
 }
 
 QTEST_GUILESS_MAIN(TestProjection)

@@ -8,6 +8,9 @@ set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 root=$(cd "$here/../.." && pwd)
 build=${1:-$root/build/mapgen}
+for tool in node npm cmake; do
+  command -v "$tool" >/dev/null || { echo "regenerate.sh: $tool is missing (Debian: nodejs, npm, cmake)" >&2; exit 1; }
+done
 
 (cd "$here" && npm ci --no-audit --no-fund)
 node "$here/extract.mjs" "$build/layers"

@@ -3,7 +3,6 @@
 // (the scene switched, the view redrawn) and switching to the map from
 // another, each against drawing the bare map image in the same run.
 #include "BenchUtil.h"
-
 #include "core/app/DataFolder.h"
 #include "core/i18n/Texts.h"
 #include "gui/maps/MapWindow.h"
@@ -46,9 +45,9 @@ int main(int argc, char *argv[])
     window.setMaps(mapsDir, {u"Europe Map.png"_qs, u"World Map.png"_qs}, 1);
     window.show();
     QWidget *canvas = window.findChild<QWidget *>(u"picInner"_qs);
-    const maps::Position me{51.5, -0.12};
+    const maps::Position me {51.5, -0.12};
     const maps::MapScene scenes[] = {maps::MapScene::forRow(me, u"VK2ABC"_qs, -33.86, 151.21),
-                                     maps::MapScene::forRow(me, u"W1AW"_qs, 41.71, -72.73)};
+        maps::MapScene::forRow(me, u"W1AW"_qs, 41.71, -72.73)};
     int next = 0;
     const double stationMs = bench::medianMs(kRuns, [&] {
         window.showStation(scenes[next++ % 2]);
@@ -65,9 +64,7 @@ int main(int argc, char *argv[])
 
     std::printf("map window, World Map %dx%d, median of %d runs\n", world.width(), world.height(), kRuns);
     std::printf("  bare image drawn:                       %8.2f ms\n", bareMs);
-    std::printf("  new station (switch and redraw):        %8.2f ms   ratio %6.2fx\n", stationMs,
-                stationMs / bareMs);
-    std::printf("  map switch to the world map and redraw: %8.2f ms   ratio %6.2fx\n", toWorldMs,
-                toWorldMs / bareMs);
+    std::printf("  new station (switch and redraw):        %8.2f ms   ratio %6.2fx\n", stationMs, stationMs / bareMs);
+    std::printf("  map switch to the world map and redraw: %8.2f ms   ratio %6.2fx\n", toWorldMs, toWorldMs / bareMs);
     return 0;
 }

@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The map window as a user sees it: the marks read back from the drawn
 // map, the Maps menu, the notice for a station off the map, zoom and drag.
-#include "gui/maps/MapWindow.h"
-
 #include "core/i18n/Texts.h"
 #include "core/maps/Projection.h"
+#include "gui/maps/MapWindow.h"
 
 #include <QAction>
 #include <QApplication>
@@ -28,7 +27,7 @@ using maps::MapScene;
 namespace {
 
 const QString kMaps = QStringLiteral(MARVIK_MAPS_DIR);
-const maps::Position kMe{51.5, -0.12}; // London
+const maps::Position kMe {51.5, -0.12}; // London
 
 QPoint pixelOn(const QString &map, double lat, double lon)
 {
@@ -113,8 +112,8 @@ void TestMapWindow::marksWhereTheFitPutsThem()
         const QPointF on = QPointF(me) + along * t + QPointF(0.5, 0.5);
         const auto pixel = [](QPointF p) { return QPoint(int(std::floor(p.x())), int(std::floor(p.y()))); };
         QVERIFY2(isMarkBlue(image.pixel(pixel(on))), qPrintable(QStringLiteral("line missing at %1").arg(t)));
-        QVERIFY2(!isMarkBlue(image.pixel(pixel(on + across * 6))),
-                 qPrintable(QStringLiteral("line too wide at %1").arg(t)));
+        QVERIFY2(
+            !isMarkBlue(image.pixel(pixel(on + across * 6))), qPrintable(QStringLiteral("line too wide at %1").arg(t)));
     }
     QVERIFY(!w.subjectOutside());
 }
@@ -141,7 +140,7 @@ void TestMapWindow::meOnly()
                 continue;
             ++blue;
             QVERIFY2(std::abs(x - me.x()) <= 6 && std::abs(y - me.y()) <= 6,
-                     qPrintable(QStringLiteral("a mark at %1, %2").arg(x).arg(y)));
+                qPrintable(QStringLiteral("a mark at %1, %2").arg(x).arg(y)));
         }
     }
     QVERIFY(blue > 10);
@@ -156,7 +155,7 @@ void TestMapWindow::menuSwitchesMaps()
 {
     i18n::CurrentTexts texts;
     gui::MapWindow w(texts);
-    const QStringList files{u"Europe Map.png"_qs, u"UK Map.png"_qs, u"World Map.png"_qs};
+    const QStringList files {u"Europe Map.png"_qs, u"UK Map.png"_qs, u"World Map.png"_qs};
     w.setMaps(kMaps, files, 2);
     w.show();
     w.showStation(MapScene::forRow(kMe, u"GM3ABC"_qs, 57.15, -2.09));
@@ -171,12 +170,12 @@ void TestMapWindow::menuSwitchesMaps()
         }
         return names;
     };
-    QCOMPARE(checked(), QStringList{u"World Map"_qs});
+    QCOMPARE(checked(), QStringList {u"World Map"_qs});
 
     w.findChild<QAction *>(u"mnuMap2"_qs)->trigger();
     QCOMPARE(chosen.size(), 1);
     QCOMPARE(chosen.at(0).at(0).toInt(), 1);
-    QCOMPARE(checked(), QStringList{u"UK Map"_qs});
+    QCOMPARE(checked(), QStringList {u"UK Map"_qs});
     QCOMPARE(w.currentMapName(), u"UK Map"_qs);
     QCOMPARE(w.findChild<QWidget *>(u"picInner"_qs)->size(), QSize(1020, 1230));
     const QPoint aberdeen = pixelOn(u"UK Map"_qs, 57.15, -2.09);
@@ -186,16 +185,13 @@ void TestMapWindow::menuSwitchesMaps()
     // The view follows the station after the switch.
     auto *outer = w.findChild<QScrollArea *>(u"picOuter"_qs);
     const QRect shown(outer->horizontalScrollBar()->value(), outer->verticalScrollBar()->value(),
-                      outer->viewport()->width(), outer->viewport()->height());
-    QVERIFY2(shown.contains(aberdeen), qPrintable(QStringLiteral("%1,%2 %3x%4")
-                                                      .arg(shown.x())
-                                                      .arg(shown.y())
-                                                      .arg(shown.width())
-                                                      .arg(shown.height())));
+        outer->viewport()->width(), outer->viewport()->height());
+    QVERIFY2(shown.contains(aberdeen),
+        qPrintable(QStringLiteral("%1,%2 %3x%4").arg(shown.x()).arg(shown.y()).arg(shown.width()).arg(shown.height())));
 
     // An out-of-range current map falls back to the first.
     w.setMaps(kMaps, files, 7);
-    QCOMPARE(checked(), QStringList{u"Europe Map"_qs});
+    QCOMPARE(checked(), QStringList {u"Europe Map"_qs});
 }
 
 void TestMapWindow::ownBitmapGetsNoMarks()
@@ -262,15 +258,12 @@ void TestMapWindow::zoomAroundThePointer()
     const QPoint pointer = outer->viewport()->rect().center() + QPoint(40, -25);
     const QPointF before = QPointF(inner->mapFrom(outer->viewport(), pointer)) / w.zoom();
     QWheelEvent wheel(QPointF(inner->mapFrom(outer->viewport(), pointer)), QPointF(), QPoint(), QPoint(0, 240),
-                      Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+        Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
     QApplication::sendEvent(inner, &wheel);
     QCOMPARE(w.zoom(), 1.25 * 1.25);
     const QPointF after = QPointF(inner->mapFrom(outer->viewport(), pointer)) / w.zoom();
-    QVERIFY2(QLineF(before, after).length() < 1.0, qPrintable(QStringLiteral("%1,%2 -> %3,%4")
-                                                                  .arg(before.x())
-                                                                  .arg(before.y())
-                                                                  .arg(after.x())
-                                                                  .arg(after.y())));
+    QVERIFY2(QLineF(before, after).length() < 1.0,
+        qPrintable(QStringLiteral("%1,%2 -> %3,%4").arg(before.x()).arg(before.y()).arg(after.x()).arg(after.y())));
     QCOMPARE(inner->size(), (QSizeF(2800, 1412) * w.zoom()).toSize());
 
     // Marks keep their screen size and follow the map's scale.
@@ -282,7 +275,7 @@ void TestMapWindow::zoomAroundThePointer()
     QTest::keyClick(&w, Qt::Key_0);
     QCOMPARE(w.zoom(), 1.0);
     const QRect shown(outer->horizontalScrollBar()->value(), outer->verticalScrollBar()->value(),
-                      outer->viewport()->width(), outer->viewport()->height());
+        outer->viewport()->width(), outer->viewport()->height());
     QVERIFY(shown.contains(station));
 
     // Zooming out stops where the whole map fits.
@@ -310,8 +303,8 @@ void TestMapWindow::dragAndClose()
     v->setValue(400);
     const QPoint grab = inner->mapFrom(outer->viewport(), outer->viewport()->rect().center());
     QTest::mousePress(inner, Qt::LeftButton, Qt::NoModifier, grab);
-    QMouseEvent move(QEvent::MouseMove, QPointF(grab - QPoint(50, 30)), inner->mapToGlobal(QPointF(grab - QPoint(50, 30))),
-                     Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
+    QMouseEvent move(QEvent::MouseMove, QPointF(grab - QPoint(50, 30)),
+        inner->mapToGlobal(QPointF(grab - QPoint(50, 30))), Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
     QApplication::sendEvent(inner, &move);
     QTest::mouseRelease(inner, Qt::LeftButton, Qt::NoModifier, grab - QPoint(50, 30));
     // The map follows the pointer: dragging left and up shows what lies right and below.

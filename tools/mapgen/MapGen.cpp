@@ -50,19 +50,19 @@ struct MapSpec
 {
     QString name;
     QSize size;
-    bool fineScale;      ///< 1:10m data rather than 1:50m
-    QList<Box> pieces;    ///< each drawn on its own; the world map is cut at 170 W
+    bool fineScale; ///< 1:10m data rather than 1:50m
+    QList<Box> pieces; ///< each drawn on its own; the world map is cut at 170 W
     QList<double> shifts; ///< longitude added to the points of each piece before projecting
-    double graticule;    ///< degrees between grid lines
-    double densify;      ///< longest step in degrees before projecting
-    double lineScale;    ///< pen widths relative to the regional maps
+    double graticule; ///< degrees between grid lines
+    double densify; ///< longest step in degrees before projecting
+    double lineScale; ///< pen widths relative to the regional maps
 };
 
 // Calm colours: pale pastels for land, one soft blue for sea and lakes.
 const QColor kWater(0xb4, 0xd2, 0xe6);
 const QColor kOutside(0xf6, 0xf5, 0xf0);
 const QColor kLand[] = {QColor(0xf3, 0xe7, 0xc9), QColor(0xe3, 0xeb, 0xc8), QColor(0xf2, 0xd9, 0xcb),
-                        QColor(0xea, 0xdc, 0xe3), QColor(0xf1, 0xed, 0xc4), QColor(0xdd, 0xe7, 0xcf)};
+    QColor(0xea, 0xdc, 0xe3), QColor(0xf1, 0xed, 0xc4), QColor(0xdd, 0xe7, 0xcf)};
 const QColor kCoast(0x4f, 0x7a, 0x9c);
 const QColor kBorder(0x8c, 0x6c, 0x7c);
 const QColor kAdmin(0xa9, 0x95, 0x9f);
@@ -126,13 +126,13 @@ QList<Edge> edgesOf(const Box &box)
 {
     return {
         {[=](const QPointF &p) { return p.x() >= box.lonMin; },
-         [=](const QPointF &a, const QPointF &b) { return atLongitude(a, b, box.lonMin); }},
+            [=](const QPointF &a, const QPointF &b) { return atLongitude(a, b, box.lonMin); }},
         {[=](const QPointF &p) { return p.x() <= box.lonMax; },
-         [=](const QPointF &a, const QPointF &b) { return atLongitude(a, b, box.lonMax); }},
+            [=](const QPointF &a, const QPointF &b) { return atLongitude(a, b, box.lonMax); }},
         {[=](const QPointF &p) { return p.y() >= box.latMin; },
-         [=](const QPointF &a, const QPointF &b) { return atLatitude(a, b, box.latMin); }},
+            [=](const QPointF &a, const QPointF &b) { return atLatitude(a, b, box.latMin); }},
         {[=](const QPointF &p) { return p.y() <= box.latMax; },
-         [=](const QPointF &a, const QPointF &b) { return atLatitude(a, b, box.latMax); }},
+            [=](const QPointF &a, const QPointF &b) { return atLatitude(a, b, box.latMax); }},
     };
 }
 
@@ -164,7 +164,7 @@ Line clipRing(Line ring, const Box &box)
 /// A line cut to the box falls apart into the pieces inside it.
 QList<Line> clipLine(const Line &line, const Box &box)
 {
-    QList<Line> pieces{line};
+    QList<Line> pieces {line};
     for (const Edge &e : edgesOf(box)) {
         QList<Line> next;
         for (const Line &l : pieces) {
@@ -356,8 +356,8 @@ void drawText(QPainter &p, const QPointF &at, const QString &text, Qt::Alignment
 void drawGraticule(const MapSpec &spec, QPainter &p, bool world)
 {
     const double step = spec.graticule;
-    const Box all{spec.pieces.first().lonMin, world ? 190 : spec.pieces.first().lonMax, spec.pieces.first().latMin,
-                  spec.pieces.first().latMax};
+    const Box all {spec.pieces.first().lonMin, world ? 190 : spec.pieces.first().lonMax, spec.pieces.first().latMin,
+        spec.pieces.first().latMax};
     QPainterPath grid;
     QList<std::pair<Line, double>> parallels;
     QList<std::pair<Line, double>> meridians;
@@ -440,7 +440,7 @@ void drawGraticule(const MapSpec &spec, QPainter &p, bool world)
             if (px && prev && prev->y() > frame.height() && px->y() <= frame.height() && px->x() > 30
                 && px->x() < frame.width() - 30) {
                 drawText(p, QPointF(px->x() + 3, frame.height() - 3), degrees(lon, u'E', u'W'),
-                         Qt::AlignLeft | Qt::AlignBottom);
+                    Qt::AlignLeft | Qt::AlignBottom);
                 break;
             }
             prev = px;
@@ -486,7 +486,7 @@ QImage drawMap(const MapSpec &spec, const QString &layers)
     QList<Line> lakeShores;
     for (const Polygon &lake : lakes.polys)
         for (const Line &ring : lake.rings)
-            lakeShores.append(ring + Line{ring.first()});
+            lakeShores.append(ring + Line {ring.first()});
     drawer.stroke(lakeShores, QPen(kCoast, 0.7 * w, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     drawer.stroke(coast.lines, QPen(kCoast, 1.0 * w, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
 
@@ -511,7 +511,7 @@ QImage drawMap(const MapSpec &spec, const QString &layers)
     small.setPixelSize(10);
     p.setFont(small);
     drawText(p, QPointF(spec.size.width() - 4, spec.size.height() - 2), u"Natural Earth"_qs,
-             Qt::AlignRight | Qt::AlignBottom);
+        Qt::AlignRight | Qt::AlignBottom);
     return image;
 }
 
@@ -531,10 +531,10 @@ QImage withPalette(const QImage &image)
         if (table.size() < 256 && !close(c))
             table.append(c | 0xff000000);
     };
-    QList<QColor> grounds{kWater, kOutside};
+    QList<QColor> grounds {kWater, kOutside};
     for (const QColor &c : kLand)
         grounds.append(c);
-    const QList<QColor> inks{kCoast, kBorder, kAdmin, kGridText, Qt::white};
+    const QList<QColor> inks {kCoast, kBorder, kAdmin, kGridText, Qt::white};
     for (const QColor &g : grounds)
         add(g.rgb());
     for (const QColor &i : inks)
@@ -543,8 +543,8 @@ QImage withPalette(const QImage &image)
         for (const QColor &g : grounds) {
             for (double t : {0.5, 0.25, 0.75}) {
                 add(qRgb(int(std::lround(i.red() * t + g.red() * (1 - t))),
-                         int(std::lround(i.green() * t + g.green() * (1 - t))),
-                         int(std::lround(i.blue() * t + g.blue() * (1 - t)))));
+                    int(std::lround(i.green() * t + g.green() * (1 - t))),
+                    int(std::lround(i.blue() * t + g.blue() * (1 - t)))));
             }
         }
     }
@@ -568,14 +568,9 @@ QList<MapSpec> specs()
     // Sizes: each bitmap starts at the fit's origin and reaches far enough to
     // hold its region (docs/maps.md lists them).
     return {
-        {u"World Map"_qs,
-         {2800, 1412},
-         false,
-         {{-170, 190, -89.99, 89.99}, {-540, -170, -89.99, 89.99}, {190, 540, -89.99, 89.99}},
-         {0, 360, -360},
-         10,
-         0.1,
-         0.9},
+        {u"World Map"_qs, {2800, 1412}, false,
+            {{-170, 190, -89.99, 89.99}, {-540, -170, -89.99, 89.99}, {190, 540, -89.99, 89.99}}, {0, 360, -360}, 10,
+            0.1, 0.9},
         {u"North America Map"_qs, {1332, 940}, true, {{-179.99, -40, 5, 84}}, {0}, 5, 0.02, 1},
         {u"Australia Map"_qs, {1380, 1290}, true, {{95, 170, -50, 0}}, {0}, 5, 0.02, 1},
         {u"UK Map"_qs, {1020, 1230}, true, {{-15, 10, 45, 64}}, {0}, 1, 0.005, 1.2},

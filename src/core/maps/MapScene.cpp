@@ -8,8 +8,8 @@ MapScene MapScene::forRow(const Position &me, const QString &callsign, double la
     MapScene scene;
     if (me.isSet())
         scene.me = me;
-    if (Position{latitude, longitude}.isSet()) {
-        scene.station = MapStation{callsign, latitude, longitude};
+    if (Position {latitude, longitude}.isSet()) {
+        scene.station = MapStation {callsign, latitude, longitude};
         scene.bearing = bearingFrom(me, latitude, longitude);
     }
     return scene;
@@ -17,7 +17,8 @@ MapScene MapScene::forRow(const Position &me, const QString &callsign, double la
 
 QString distanceLabel(const QString &callsign, const Bearing &bearing)
 {
-    return u' ' + callsign + QStringLiteral("  ") + QString::number(bearing.miles) + QStringLiteral(" mi  ") + azimuthText(bearing.degrees);
+    return u' ' + callsign + QStringLiteral("  ") + QString::number(bearing.miles) + QStringLiteral(" mi  ")
+        + azimuthText(bearing.degrees);
 }
 
 QString toLabel(const QString &callsign)

@@ -18,10 +18,14 @@ struct NamedFit
 };
 
 constexpr NamedFit kFits[] = {
-    {u"North America Map", Fit::NorthAmerica}, {u"Australia Map", Fit::Australia},
-    {u"UK Map", Fit::UK},                       {u"Europe Map", Fit::Europe},
-    {u"New Zealand Map", Fit::NewZealand},      {u"Japan Map", Fit::Japan},
-    {u"Asia Map", Fit::Asia},                   {u"N-Nederland Map", Fit::NNederland},
+    {u"North America Map", Fit::NorthAmerica},
+    {u"Australia Map", Fit::Australia},
+    {u"UK Map", Fit::UK},
+    {u"Europe Map", Fit::Europe},
+    {u"New Zealand Map", Fit::NewZealand},
+    {u"Japan Map", Fit::Japan},
+    {u"Asia Map", Fit::Asia},
+    {u"N-Nederland Map", Fit::NNederland},
     {u"World Map", Fit::World},
 };
 
@@ -42,16 +46,14 @@ constexpr double kFittedPi = 3.14159625;
 // the world bitmap's fit used it: parallel length, distance from the
 // equator, and a horizontal correction in pixels fitted to the bitmap.
 constexpr int kRobinsonRows = 19;
-constexpr std::array<float, kRobinsonRows> kRowLatitude = {0,  5,  10, 15, 20, 25, 30, 35, 40, 45,
-                                                           50, 55, 60, 65, 70, 75, 80, 85, 90};
-constexpr std::array<float, kRobinsonRows> kLength = {1.0f,    0.9986f, 0.9954f, 0.99f,   0.9822f, 0.973f, 0.96f,
-                                                      0.9427f, 0.9216f, 0.8962f, 0.8679f, 0.835f,  0.7986f, 0.7597f,
-                                                      0.7186f, 0.6732f, 0.6213f, 0.5722f, 0.5322f};
-constexpr std::array<float, kRobinsonRows> kDistance = {0,       0.062f,  0.124f,  0.186f,  0.248f,  0.31f, 0.372f,
-                                                        0.434f,  0.4958f, 0.5571f, 0.6176f, 0.6769f, 0.7346f, 0.7903f,
-                                                        0.8435f, 0.8936f, 0.9394f, 0.9761f, 1.0f};
-constexpr std::array<float, kRobinsonRows> kCorrection = {0,  0,  0,  1,  2,  2,  3,  4,  5, 7,
-                                                          9, 11, 13, 16, 19, 22, 26, 30, 35};
+constexpr std::array<float, kRobinsonRows> kRowLatitude
+    = {0, 5, 10, 15, 20, 25, 30, 35, 40, 45, 50, 55, 60, 65, 70, 75, 80, 85, 90};
+constexpr std::array<float, kRobinsonRows> kLength = {1.0f, 0.9986f, 0.9954f, 0.99f, 0.9822f, 0.973f, 0.96f, 0.9427f,
+    0.9216f, 0.8962f, 0.8679f, 0.835f, 0.7986f, 0.7597f, 0.7186f, 0.6732f, 0.6213f, 0.5722f, 0.5322f};
+constexpr std::array<float, kRobinsonRows> kDistance = {0, 0.062f, 0.124f, 0.186f, 0.248f, 0.31f, 0.372f, 0.434f,
+    0.4958f, 0.5571f, 0.6176f, 0.6769f, 0.7346f, 0.7903f, 0.8435f, 0.8936f, 0.9394f, 0.9761f, 1.0f};
+constexpr std::array<float, kRobinsonRows> kCorrection
+    = {0, 0, 0, 1, 2, 2, 3, 4, 5, 7, 9, 11, 13, 16, 19, 22, 26, 30, 35};
 
 struct Conic
 {
@@ -69,8 +71,7 @@ QPointF conicPoint(const Conic &c)
 
 /// A whole number the way the fits make one: nearest, halves to even.
 /// Empty when it does not fit the integer type.
-template<typename Int>
-std::optional<Int> toWhole(double value)
+template<typename Int> std::optional<Int> toWhole(double value)
 {
     const double r = std::nearbyint(value);
     if (!(r >= double(std::numeric_limits<Int>::min()) && r <= double(std::numeric_limits<Int>::max())))

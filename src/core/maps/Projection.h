@@ -11,9 +11,9 @@ namespace marvik::maps {
 
 /// What projectToMap() did with a point.
 enum class ProjectionStatus {
-    Projected,    ///< x and y hold the point's pixel
+    Projected, ///< x and y hold the point's pixel
     NoProjection, ///< a map of the user's own: x and y left as the caller set them
-    Failed,       ///< the fit gives no pixel (the world map at the poles, numbers out of range): x and y left alone
+    Failed, ///< the fit gives no pixel (the world map at the poles, numbers out of range): x and y left alone
 };
 
 /// The pixel of the full-size bitmap of map `mapName` where a point lies

@@ -13,8 +13,8 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMouseEvent>
-#include <QPaintEvent>
 #include <QPainter>
+#include <QPaintEvent>
 #include <QPushButton>
 #include <QScreen>
 #include <QScrollArea>
@@ -130,7 +130,7 @@ void MapCanvas::drawMarks(QPainter &p) const
         p.setPen(kLabelText);
         for (qsizetype i = 0; i < label.lines.size(); ++i) {
             p.drawText(QPointF(label.box.left() + 2, label.box.top() + 1 + fm.ascent() + fm.height() * double(i)),
-                       label.lines[i]);
+                label.lines[i]);
         }
     }
 }
@@ -236,7 +236,7 @@ MapWindow::MapWindow(const i18n::CurrentTexts &texts, QWidget *parent)
     const auto centre = [this] { return QPointF(m_outer->viewport()->rect().center()); };
     shortcut({Qt::Key_0, QKeySequence(Qt::CTRL | Qt::Key_0)}, [this] { resetZoom(); });
     shortcut({Qt::Key_Plus, Qt::Key_Equal, QKeySequence::ZoomIn},
-             [this, centre] { setZoom(m_zoom * kWheelStep, centre()); });
+        [this, centre] { setZoom(m_zoom * kWheelStep, centre()); });
     shortcut({Qt::Key_Minus, QKeySequence::ZoomOut}, [this, centre] { setZoom(m_zoom / kWheelStep, centre()); });
     shortcut({Qt::Key_Escape}, [this] { close(); });
 
@@ -343,15 +343,14 @@ void MapWindow::project()
         return QPoint(x, y);
     };
     m_mePixel = m_scene.me ? pixelOf(m_scene.me->latitude, m_scene.me->longitude) : std::nullopt;
-    m_stationPixel =
-        m_scene.station ? pixelOf(m_scene.station->latitude, m_scene.station->longitude) : std::nullopt;
+    m_stationPixel = m_scene.station ? pixelOf(m_scene.station->latitude, m_scene.station->longitude) : std::nullopt;
 
     // The subject is the station, or Me when the row has no position. A
     // map without a fit (a user's own bitmap) shows no marks and says nothing.
     const bool hasSubject = m_scene.station || m_scene.me;
     const std::optional<QPoint> &subject = m_scene.station ? m_stationPixel : m_mePixel;
     m_outside = hasSubject && maps::hasProjection(name) && !m_map.isNull()
-                && (!subject || !QRect(QPoint(0, 0), m_map.size()).contains(*subject));
+        && (!subject || !QRect(QPoint(0, 0), m_map.size()).contains(*subject));
 }
 
 void MapWindow::relabel()
@@ -426,7 +425,7 @@ QList<MapWindow::Label> MapWindow::labels() const
         result.append({box, lines});
     };
     if (m_stationPixel && m_scene.station) {
-        QStringList lines{maps::toLabel(m_scene.station->callsign)};
+        QStringList lines {maps::toLabel(m_scene.station->callsign)};
         if (m_scene.me)
             lines.append(maps::distanceLabel(m_scene.station->callsign, m_scene.bearing));
         place(*m_stationPixel, lines, m_mePixel);
@@ -505,7 +504,7 @@ void MapWindow::fillScreen()
     const QRect frame = frameGeometry();
     const QRect inner = geometry();
     const QMargins margins(inner.left() - frame.left(), inner.top() - frame.top(), frame.right() - inner.right(),
-                           frame.bottom() - inner.bottom());
+        frame.bottom() - inner.bottom());
     setGeometry(screen->availableGeometry().marginsRemoved(margins));
 }
 

@@ -24,7 +24,7 @@ struct Pixel
 
 Pixel project(const QString &map, double lat, double lon)
 {
-    Pixel p{ProjectionStatus::Failed, kUntouched, kUntouched, lon};
+    Pixel p {ProjectionStatus::Failed, kUntouched, kUntouched, lon};
     p.status = projectToMap(map, lat, p.longitude, p.x, p.y);
     return p;
 }
@@ -145,8 +145,8 @@ void TestProjection::correctionBuckets_data()
 {
     QTest::addColumn<int>("n");
     QTest::addColumn<int>("c");
-    const int rows[][2] = {{-32768, -32768}, {-1, -1}, {0, 0},   {9, 0},   {10, 3},  {15, 3},  {16, 7},
-                           {20, 7},          {21, 10}, {25, 10}, {26, 15}, {35, 15}, {36, 36}, {32767, 32767}};
+    const int rows[][2] = {{-32768, -32768}, {-1, -1}, {0, 0}, {9, 0}, {10, 3}, {15, 3}, {16, 7}, {20, 7}, {21, 10},
+        {25, 10}, {26, 15}, {35, 15}, {36, 36}, {32767, 32767}};
     for (const auto &r : rows)
         QTest::addRow("%d", r[0]) << r[0] << r[1];
 }
@@ -189,7 +189,7 @@ void TestProjection::northAmericaCorrection()
     QCOMPARE(b.status, ProjectionStatus::Projected);
     // Each pixel is rounded, so allow for one on each.
     QVERIFY2(std::fabs(radius(a, 666, -1400) - radius(b, 666, -1400) - shrink) < 1.5,
-             qPrintable(QStringLiteral("%1 vs %2").arg(radius(a, 666, -1400)).arg(radius(b, 666, -1400))));
+        qPrintable(QStringLiteral("%1 vs %2").arg(radius(a, 666, -1400)).arg(radius(b, 666, -1400))));
     // The longitude is never rewritten on a conic map.
     QCOMPARE(a.longitude, lonA);
 }
@@ -203,22 +203,22 @@ void TestProjection::otherMaps_data()
     QTest::addColumn<int>("y");
     QTest::addColumn<ProjectionStatus>("status");
 
-    QTest::newRow("North America 40 N 95 W") << u"North America Map"_qs << 40.0 << -95.0 << 661 << 471
-                                             << ProjectionStatus::Projected;
+    QTest::newRow("North America 40 N 95 W")
+        << u"North America Map"_qs << 40.0 << -95.0 << 661 << 471 << ProjectionStatus::Projected;
     // The plain maps by hand: Asia's bend is 1 at one degree, so y = 932 -
     // 11.5 - 1 = 919.5, and 944.5 a degree south: halves go to the even pixel.
     QTest::newRow("Asia 1 N") << u"Asia Map"_qs << 1.0 << 40.0 << 130 << 920 << ProjectionStatus::Projected;
-    QTest::newRow("Asia 1 S, half to even") << u"Asia Map"_qs << -1.0 << 40.0 << 130 << 944
-                                            << ProjectionStatus::Projected;
+    QTest::newRow("Asia 1 S, half to even")
+        << u"Asia Map"_qs << -1.0 << 40.0 << 130 << 944 << ProjectionStatus::Projected;
     QTest::newRow("N-Nederland origin") << u"N-Nederland Map"_qs << 52.184 << 3.828 << -14 << 584
                                         << ProjectionStatus::Projected;
     // Europe at its reference parallel: radius 1288 at 105 degrees from the
     // apex (800, -850).
     QTest::newRow("Europe 60 N 0 E") << u"Europe Map"_qs << 60.0 << 0.0 << 467 << 394 << ProjectionStatus::Projected;
-    QTest::newRow("conic overflow fails") << u"Europe Map"_qs << 1e12 << 15.0 << kUntouched << kUntouched
-                                          << ProjectionStatus::Failed;
-    QTest::newRow("North America distance overflows") << u"North America Map"_qs << 40.0 << 40000.0 << kUntouched
-                                                      << kUntouched << ProjectionStatus::Failed;
+    QTest::newRow("conic overflow fails")
+        << u"Europe Map"_qs << 1e12 << 15.0 << kUntouched << kUntouched << ProjectionStatus::Failed;
+    QTest::newRow("North America distance overflows")
+        << u"North America Map"_qs << 40.0 << 40000.0 << kUntouched << kUntouched << ProjectionStatus::Failed;
     QTest::newRow("not a number") << u"UK Map"_qs << std::numeric_limits<double>::quiet_NaN() << 0.0 << kUntouched
                                   << kUntouched << ProjectionStatus::Failed;
 }
@@ -276,14 +276,14 @@ void TestProjection::drawingAgreesAtWholeDegrees()
                 const std::optional<QPointF> p = mapPoint(map, lat, lon);
                 QVERIFY(p);
                 QVERIFY2(std::fabs(p->x() - x) <= 0.5 && std::fabs(p->y() - y) <= 0.5,
-                         qPrintable(QStringLiteral("%1 at %2, %3: %4, %5 vs %6, %7")
-                                        .arg(map)
-                                        .arg(lat)
-                                        .arg(lon)
-                                        .arg(p->x())
-                                        .arg(p->y())
-                                        .arg(x)
-                                        .arg(y)));
+                    qPrintable(QStringLiteral("%1 at %2, %3: %4, %5 vs %6, %7")
+                                   .arg(map)
+                                   .arg(lat)
+                                   .arg(lon)
+                                   .arg(p->x())
+                                   .arg(p->y())
+                                   .arg(x)
+                                   .arg(y)));
             }
         }
     }
@@ -426,9 +426,10 @@ void TestProjection::sceneForRow_data()
     QTest::addColumn<bool>("hasStation");
     QTest::addColumn<QString>("label");
 
-    QTest::newRow("worked figures") << 40.0 << -75.0 << 51.5 << -0.12 << true << true << u" W1ABC  3540 mi  50\u00b0"_qs;
-    QTest::newRow("same place: azimuth forced to 0") << 40.0 << -75.0 << 40.0 << -75.0 << true << true
-                                                     << u" W1ABC  0 mi  0\u00b0"_qs;
+    QTest::newRow("worked figures") << 40.0 << -75.0 << 51.5 << -0.12 << true << true
+                                    << u" W1ABC  3540 mi  50\u00b0"_qs;
+    QTest::newRow("same place: azimuth forced to 0")
+        << 40.0 << -75.0 << 40.0 << -75.0 << true << true << u" W1ABC  0 mi  0\u00b0"_qs;
     QTest::newRow("Me not set") << 0.0 << 0.0 << 51.5 << -0.12 << false << true << u" W1ABC  0 mi  0\u00b0"_qs;
     QTest::newRow("row without a position") << 40.0 << -75.0 << 0.0 << 0.0 << true << false << QString();
     QTest::newRow("one coordinate makes a position") << 40.0 << -75.0 << 0.0 << 10.0 << true << true << QString();

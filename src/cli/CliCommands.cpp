@@ -5,6 +5,7 @@
 #include "cli/ShareCommands.h"
 
 #include "core/maps/Geometry.h"
+#include "core/maps/Projection.h"
 
 #include <QHash>
 
@@ -82,12 +83,37 @@ int position(const QStringList &a, const QString &, QTextStream &out, QTextStrea
     return Success;
 }
 
+int project(const QStringList &a, const QString &, QTextStream &out, QTextStream &err)
+{
+    const auto lat = coordinate(a[1]);
+    auto lon = coordinate(a[2]);
+    if (!lat || !lon) {
+        err << "marvik-cli: not a number: " << (lat ? a[2] : a[1]) << '\n';
+        return BadArguments;
+    }
+    qint32 x = 0;
+    qint32 y = 0;
+    switch (maps::projectToMap(a[0], *lat, *lon, x, y)) {
+    case maps::ProjectionStatus::Projected:
+        out << x << ' ' << y << '\n';
+        return Success;
+    case maps::ProjectionStatus::NoProjection:
+        out << "none\n";
+        return Success;
+    case maps::ProjectionStatus::Failed:
+        break;
+    }
+    err << "marvik-cli: " << a[0] << " has no pixel for " << a[1] << ", " << a[2] << '\n';
+    return WorkFailed;
+}
+
 const QHash<QString, Command> &commands()
 {
     static const QHash<QString, Command> table = {
         {QStringLiteral("distance"), {4, QStringLiteral("distance ME_LAT ME_LON LAT LON"), distance}},
         {QStringLiteral("locator"), {2, QStringLiteral("locator LAT LON"), locator}},
         {QStringLiteral("position"), {1, QStringLiteral("position LOCATOR"), position}},
+        {QStringLiteral("project"), {3, QStringLiteral("project MAP LAT LON"), project}},
         {QStringLiteral("html2text"), {1, QStringLiteral("html2text FILE"), html2text}},
         {QStringLiteral("read"), {3, QStringLiteral("read SOURCE CALLSIGN FILE"), readPage}},
         {QStringLiteral("lookup"), {-1, QStringLiteral("lookup [--source SOURCE] CALLSIGN"), lookup}},

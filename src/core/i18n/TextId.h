@@ -109,6 +109,13 @@ enum class TextId : int {
     ConfigUnreadable,
     // Sharing with EasyPal.
     PasteByHand,
+    // Map window.
+    MenuMaps,
+    MapStationOutside,
+    MapMeOutside,
+    MapShowWorld,
+    MapUnreadable,
+    MapHint,
 
     Count
 };

@@ -112,6 +112,12 @@ constexpr Builtin kEnglish[] = {
                          u"default settings and writes a new file when it closes."},
     {TextId::ConfigUnreadable, u"xxx could not be read: ???. Marvik starts with its default settings."},
     {TextId::PasteByHand, u"Marvik could not reach EasyPal's window: press F7 in EasyPal to paste what is on the clipboard."},
+    {TextId::MenuMaps, u"Maps"},
+    {TextId::MapStationOutside, u"xxx lies outside this map."},
+    {TextId::MapMeOutside, u"Your own station lies outside this map."},
+    {TextId::MapShowWorld, u"Show the world map"},
+    {TextId::MapUnreadable, u"The map xxx could not be read."},
+    {TextId::MapHint, u"Drag to move the map, turn the wheel to zoom, press 0 for its own size, double-click to close."},
 };
 
 } // namespace

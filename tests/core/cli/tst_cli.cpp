@@ -42,6 +42,22 @@ void TestCli::commands_data()
     QTest::newRow("position") << QStringList{u"position"_qs, u"fn31PR"_qs} << u"41.7291666666667 -72.7083333333333\n"_qs
                               << 0;
 
+    // Pixels on the shipped maps; a map of the user's own has no fit.
+    QTest::newRow("world map centre") << QStringList{u"project"_qs, u"World Map"_qs, u"0"_qs, u"0"_qs} << u"1322 706\n"_qs
+                                      << 0;
+    QTest::newRow("world map 45 N 90 E") << QStringList{u"project"_qs, u"World Map"_qs, u"45"_qs, u"90"_qs}
+                                         << u"1946 317\n"_qs << 0;
+    QTest::newRow("North America") << QStringList{u"project"_qs, u"North America Map"_qs, u"40"_qs, u"-95"_qs}
+                                   << u"661 471\n"_qs << 0;
+    QTest::newRow("own map") << QStringList{u"project"_qs, u"Garden Map"_qs, u"40"_qs, u"-95"_qs} << u"none\n"_qs << 0;
+    QTest::newRow("names are case-sensitive") << QStringList{u"project"_qs, u"world map"_qs, u"0"_qs, u"0"_qs}
+                                              << u"none\n"_qs << 0;
+    QTest::newRow("world map at the pole") << QStringList{u"project"_qs, u"World Map"_qs, u"90"_qs, u"0"_qs} << QString()
+                                           << 1;
+    QTest::newRow("projection overflows") << QStringList{u"project"_qs, u"North America Map"_qs, u"40"_qs, u"1e6"_qs}
+                                          << QString() << 1;
+    QTest::newRow("project: not a number") << QStringList{u"project"_qs, u"World Map"_qs, u"north"_qs, u"0"_qs}
+                                           << QString() << 2;
     QTest::newRow("latitude out of range") << QStringList{u"locator"_qs, u"91"_qs, u"0"_qs} << QString() << 1;
     QTest::newRow("malformed locator") << QStringList{u"position"_qs, u"FN3Xpr"_qs} << QString() << 1;
     QTest::newRow("not a number") << QStringList{u"distance"_qs, u"40"_qs, u"west"_qs, u"41"_qs, u"-75"_qs}

@@ -1,0 +1,3 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+target_sources(marvik_gui PRIVATE
+  maps/MapWindow.cpp maps/MapWindow.h)

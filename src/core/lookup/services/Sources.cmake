@@ -1,0 +1,9 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+# Callbook data services: answer parsers, clients, the lookup cache, the
+# keyring and the lookup that falls back from one source to the next.
+target_sources(marvik_core PRIVATE
+  lookup/services/CallookAnswer.cpp
+  lookup/services/HamQthAnswer.cpp
+  lookup/services/QrzAnswer.cpp
+  lookup/services/ServiceAnswer.cpp lookup/services/ServiceAnswer.h
+  lookup/services/XmlAnswer.cpp lookup/services/XmlAnswer.h)

@@ -1,0 +1,5 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+# Data services: answer parsers, clients against the local server, the
+# lookup cache, the keyring and the lookup that falls back between sources.
+set(_services_tests ${CMAKE_CURRENT_LIST_DIR})
+marvik_add_test(tst_serviceanswers SOURCES ${_services_tests}/tst_serviceanswers.cpp LABELS unit)

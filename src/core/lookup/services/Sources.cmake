@@ -6,4 +6,5 @@ target_sources(marvik_core PRIVATE
   lookup/services/HamQthAnswer.cpp
   lookup/services/QrzAnswer.cpp
   lookup/services/ServiceAnswer.cpp lookup/services/ServiceAnswer.h
+  lookup/services/ServiceClient.cpp lookup/services/ServiceClient.h
   lookup/services/XmlAnswer.cpp lookup/services/XmlAnswer.h)

@@ -3,3 +3,8 @@
 # lookup cache, the keyring and the lookup that falls back between sources.
 set(_services_tests ${CMAKE_CURRENT_LIST_DIR})
 marvik_add_test(tst_serviceanswers SOURCES ${_services_tests}/tst_serviceanswers.cpp LABELS unit)
+set(_service_server
+  ${CMAKE_SOURCE_DIR}/tests/support/CallbookServer.cpp ${CMAKE_SOURCE_DIR}/tests/support/CallbookServer.h
+  ${CMAKE_SOURCE_DIR}/tests/support/ServicePlayer.cpp ${CMAKE_SOURCE_DIR}/tests/support/ServicePlayer.h)
+marvik_add_test(tst_serviceclient SOURCES ${_services_tests}/tst_serviceclient.cpp ${_service_server}
+  LIBS Qt6::Network LABELS unit TIMEOUT 120)

@@ -4,7 +4,11 @@
 target_sources(marvik_core PRIVATE
   lookup/services/CallookAnswer.cpp
   lookup/services/HamQthAnswer.cpp
+  lookup/services/LookupCache.cpp lookup/services/LookupCache.h
   lookup/services/QrzAnswer.cpp
   lookup/services/ServiceAnswer.cpp lookup/services/ServiceAnswer.h
   lookup/services/ServiceClient.cpp lookup/services/ServiceClient.h
   lookup/services/XmlAnswer.cpp lookup/services/XmlAnswer.h)
+# The lookup cache is a SQLite database; the passwords go to the desktop
+# keyring. Neither is seen outside marvik_core.
+target_link_libraries(marvik_core PRIVATE Qt6::Sql Qt6Keychain::Qt6Keychain)

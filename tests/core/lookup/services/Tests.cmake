@@ -8,3 +8,4 @@ set(_service_server
   ${CMAKE_SOURCE_DIR}/tests/support/ServicePlayer.cpp ${CMAKE_SOURCE_DIR}/tests/support/ServicePlayer.h)
 marvik_add_test(tst_serviceclient SOURCES ${_services_tests}/tst_serviceclient.cpp ${_service_server}
   LIBS Qt6::Network LABELS unit TIMEOUT 120)
+marvik_add_test(tst_lookupcache SOURCES ${_services_tests}/tst_lookupcache.cpp LABELS unit)

@@ -2,7 +2,9 @@
 # Callbook data services: answer parsers, clients, the lookup cache, the
 # keyring and the lookup that falls back from one source to the next.
 target_sources(marvik_core PRIVATE
+  lookup/services/CallbookLookup.cpp lookup/services/CallbookLookup.h
   lookup/services/CallookAnswer.cpp
+  lookup/services/CredentialStore.cpp lookup/services/CredentialStore.h
   lookup/services/HamQthAnswer.cpp
   lookup/services/LookupCache.cpp lookup/services/LookupCache.h
   lookup/services/QrzAnswer.cpp

@@ -9,3 +9,7 @@ set(_service_server
 marvik_add_test(tst_serviceclient SOURCES ${_services_tests}/tst_serviceclient.cpp ${_service_server}
   LIBS Qt6::Network LABELS unit TIMEOUT 120)
 marvik_add_test(tst_lookupcache SOURCES ${_services_tests}/tst_lookupcache.cpp LABELS unit)
+marvik_add_test(tst_callbooklookup SOURCES ${_services_tests}/tst_callbooklookup.cpp ${_service_server}
+  LIBS Qt6::Network LABELS unit TIMEOUT 180)
+# No test may reach a user's real keyring: the session bus is out of reach.
+set_property(TEST tst_callbooklookup APPEND PROPERTY ENVIRONMENT DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent)

@@ -90,6 +90,8 @@ const QHash<QString, Command> &commands()
         {QStringLiteral("html2text"), {1, QStringLiteral("html2text FILE"), html2text}},
         {QStringLiteral("read"), {3, QStringLiteral("read SOURCE CALLSIGN FILE"), readPage}},
         {QStringLiteral("lookup"), {-1, QStringLiteral("lookup [--source SOURCE] CALLSIGN"), lookup}},
+        {QStringLiteral("read-service"), {3, QStringLiteral("read-service SERVICE CALLSIGN FILE"), readService}},
+        {QStringLiteral("clear-cache"), {0, QStringLiteral("clear-cache"), clearCache}},
     };
     return table;
 }

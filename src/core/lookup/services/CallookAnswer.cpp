@@ -60,6 +60,7 @@ ServiceAnswer parseCallookAnswer(const QByteArray &bytes)
     r.licenceClass = o.value(u"current").toObject().value(u"operClass").toString().trimmed();
     r.previousCall = o.value(u"previous").toObject().value(u"callsign").toString().trimmed();
     xmlanswer::setRecord(a, r);
+    a.callsign = o.value(u"current").toObject().value(u"callsign").toString().trimmed();
     a.message.clear();
     return a;
 }

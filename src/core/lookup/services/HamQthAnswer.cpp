@@ -48,6 +48,7 @@ ServiceAnswer parseHamQthAnswer(const QByteArray &bytes)
     }
     if (s.hasRecord && !value(s.record, {u"callsign"}).isEmpty()) {
         xmlanswer::setRecord(a, hamQthRecord(s.record));
+        a.callsign = value(s.record, {u"callsign"});
         return a;
     }
     if (a.sessionKey.isEmpty()) {

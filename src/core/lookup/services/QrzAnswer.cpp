@@ -59,6 +59,7 @@ ServiceAnswer parseQrzShaped(const QByteArray &bytes, QStringView root)
     }
     if (s.hasRecord && !value(s.record, {u"call"}).isEmpty()) {
         xmlanswer::setRecord(a, qrzRecord(s.record));
+        a.callsign = value(s.record, {u"call"});
         // A non-subscriber is shown the name and the country, not the rest.
         a.limited = a.subscription.compare(u"non-subscriber", Qt::CaseInsensitive) == 0
             || a.message.contains(u"subscription", Qt::CaseInsensitive);

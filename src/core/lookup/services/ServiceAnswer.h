@@ -31,6 +31,7 @@ struct ServiceAnswer
     ServiceError error = ServiceError::Malformed;
     QString message;    ///< the service's own words (its error or message), or why it was not read
     bool record = false; ///< a call's record came back (limited or full)
+    QString callsign;    ///< the call the record is of, as the service writes it
     LookupResult result; ///< the record as a lookup result; outcome tells found or not
     QString sessionKey;  ///< the session key or id the answer carries
     int lookupsToday = -1; ///< lookups counted today (QRZ, QRZCQ); -1 when not told

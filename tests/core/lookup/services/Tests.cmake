@@ -13,3 +13,6 @@ marvik_add_test(tst_callbooklookup SOURCES ${_services_tests}/tst_callbooklookup
   LIBS Qt6::Network LABELS unit TIMEOUT 180)
 # No test may reach a user's real keyring: the session bus is out of reach.
 set_property(TEST tst_callbooklookup APPEND PROPERTY ENVIRONMENT DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent)
+marvik_add_test(tst_servicecli SOURCES ${_services_tests}/tst_servicecli.cpp ${_service_server}
+  LIBS Qt6::Network LABELS unit TIMEOUT 300)
+add_dependencies(tst_servicecli marvik-cli)

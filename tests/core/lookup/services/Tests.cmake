@@ -16,3 +16,14 @@ set_property(TEST tst_callbooklookup APPEND PROPERTY ENVIRONMENT DBUS_SESSION_BU
 marvik_add_test(tst_servicecli SOURCES ${_services_tests}/tst_servicecli.cpp ${_service_server}
   LIBS Qt6::Network LABELS unit TIMEOUT 300)
 add_dependencies(tst_servicecli marvik-cli)
+# Twice: with no session bus (no keyring: the run-only path), and inside a
+# private session with a real, unlocked keyring.
+marvik_add_test(tst_credentials SOURCES ${_services_tests}/tst_credentials.cpp ${_service_server}
+  LIBS Qt6::Network LABELS unit TIMEOUT 180)
+add_dependencies(tst_credentials marvik-cli)
+set_property(TEST tst_credentials APPEND PROPERTY ENVIRONMENT DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent)
+add_test(NAME tst_credentials_keyring COMMAND ${CMAKE_SOURCE_DIR}/tests/run-keyring.sh $<TARGET_FILE:tst_credentials>)
+get_property(_credentials_env TEST tst_credentials PROPERTY ENVIRONMENT)
+list(FILTER _credentials_env EXCLUDE REGEX "^DBUS_SESSION_BUS_ADDRESS=")
+set_tests_properties(tst_credentials_keyring PROPERTIES LABELS unit TIMEOUT 180
+  ENVIRONMENT "${_credentials_env};MARVIK_KEYRING_EXPECTED=1")

@@ -47,7 +47,7 @@ ServiceAnswer parseQrzShaped(const QByteArray &bytes, QStringView root)
     a.sessionKey = s.session.value(QStringLiteral("key"));
     bool counted = false;
     const int count = s.session.value(QStringLiteral("count")).toInt(&counted);
-    a.lookupsToday = counted ? count : -1;
+    a.lookupsToday = counted && count >= 0 ? count : -1;
     a.subscription = s.session.value(QStringLiteral("subexp"));
     const QString error = s.session.value(QStringLiteral("error"));
     a.message = s.session.value(QStringLiteral("message"));

@@ -104,6 +104,20 @@ QString joined(const QString &first, QStringView separator, const QString &secon
     return first + separator + second;
 }
 
+bool isLocator(QStringView text)
+{
+    // Fields A..R, squares 0..9, subsquares A..X: the locator reader of the
+    // setup dialog takes any letter, which a service's typo must not reach.
+    if (text.size() != 6)
+        return false;
+    const auto in = [&](int i, char16_t first, char16_t last) {
+        const char16_t c = QChar::toUpper(text[i].unicode());
+        return c >= first && c <= last;
+    };
+    return in(0, u'A', u'R') && in(1, u'A', u'R') && in(2, u'0', u'9') && in(3, u'0', u'9') && in(4, u'A', u'X')
+        && in(5, u'A', u'X');
+}
+
 void setRecord(ServiceAnswer &answer, LookupResult result)
 {
     result.outcome = LookupOutcome::Found;
@@ -112,7 +126,8 @@ void setRecord(ServiceAnswer &answer, LookupResult result)
         result.latitude = 0;
         result.longitude = 0;
     }
-    applyLocatorPosition(result);
+    if (isLocator(result.locator.trimmed()))
+        applyLocatorPosition(result);
     answer.result = result;
     answer.record = true;
     answer.error = ServiceError::None;

@@ -40,8 +40,11 @@ double coordinate(const QString &text);
 /// Two parts joined by `separator`, either of which may be empty.
 QString joined(const QString &first, QStringView separator, const QString &second);
 
+/// True for a six-character Maidenhead locator (fields A..R, subsquares A..X).
+bool isLocator(QStringView text);
+
 /// Fills the answer's record and outcome from a finished result: position
-/// from the locator when none was given.
+/// from a valid locator when none was given.
 void setRecord(ServiceAnswer &answer, LookupResult result);
 
 } // namespace marvik::lookup::xmlanswer

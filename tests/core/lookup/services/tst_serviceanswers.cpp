@@ -30,6 +30,8 @@ private slots:
     void errors();
     void sessions_data();
     void sessions();
+    void positions_data();
+    void positions();
 };
 
 void TestServiceAnswers::records_data()
@@ -205,42 +207,91 @@ void TestServiceAnswers::errors()
 void TestServiceAnswers::sessions_data()
 {
     QTest::addColumn<Source>("source");
-    QTest::addColumn<QString>("file");
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<bool>("login");
     QTest::addColumn<QString>("key");
     QTest::addColumn<int>("count");
     QTest::addColumn<QString>("subscription");
 
-    QTest::newRow("QRZ log-in") << Source::Qrz << u"qrz_login.xml"_qs << u"2331uf894c4bd29f3923f3bacf02c532d7bd9"_qs
+    QTest::newRow("QRZ log-in") << Source::Qrz << sample(u"qrz_login.xml"_qs) << true << u"2331uf894c4bd29f3923f3bacf02c532d7bd9"_qs
                                 << 123 << u"Wed Jan 1 12:34:03 2031"_qs;
-    QTest::newRow("QRZ lookup keeps the counters") << Source::Qrz << u"qrz_w1aw.xml"_qs
+    QTest::newRow("QRZ lookup keeps the counters") << Source::Qrz << sample(u"qrz_w1aw.xml"_qs) << false
                                                    << u"2331uf894c4bd29f3923f3bacf02c532d7bd9"_qs << 124
                                                    << u"Wed Jan 1 12:34:03 2031"_qs;
-    QTest::newRow("QRZ not found keeps them too") << Source::Qrz << u"qrz_notfound.xml"_qs
+    QTest::newRow("QRZ not found keeps them too") << Source::Qrz << sample(u"qrz_notfound.xml"_qs) << false
                                                   << u"2331uf894c4bd29f3923f3bacf02c532d7bd9"_qs << 125
                                                   << u"Wed Jan 1 12:34:03 2031"_qs;
-    QTest::newRow("QRZ non-subscriber") << Source::Qrz << u"qrz_nonsubscriber.xml"_qs
+    QTest::newRow("QRZ non-subscriber") << Source::Qrz << sample(u"qrz_nonsubscriber.xml"_qs) << false
                                         << u"2331uf894c4bd29f3923f3bacf02c532d7bd9"_qs << 17 << u"non-subscriber"_qs;
-    QTest::newRow("QRZ refused log-in") << Source::Qrz << u"qrz_badlogin.xml"_qs << QString() << -1 << QString();
-    QTest::newRow("HamQTH log-in") << Source::HamQth << u"hamqth_login.xml"_qs
+    QTest::newRow("QRZ, a count below zero is no count")
+        << Source::Qrz << QByteArray("<QRZDatabase><Session><Key>K</Key><Count>-25</Count></Session></QRZDatabase>") << true << u"K"_qs
+        << -1
+        << QString();
+    QTest::newRow("QRZ refused log-in") << Source::Qrz << sample(u"qrz_badlogin.xml"_qs) << false << QString() << -1 << QString();
+    QTest::newRow("HamQTH log-in") << Source::HamQth << sample(u"hamqth_login.xml"_qs) << true
                                    << u"09b0ae90050be03c452ad235a1f2915ad684393c"_qs << -1 << QString();
-    QTest::newRow("QRZCQ log-in") << Source::QrzCq << u"qrzcq_login.xml"_qs
+    QTest::newRow("QRZCQ log-in") << Source::QrzCq << sample(u"qrzcq_login.xml"_qs) << true
                                   << u"c2a8f73e61d94b0f9f3e0d1b2a7c6e55"_qs << 8 << u"2031-06-30"_qs;
 }
 
 void TestServiceAnswers::sessions()
 {
     QFETCH(Source, source);
-    QFETCH(QString, file);
+    QFETCH(QByteArray, bytes);
+    QFETCH(bool, login);
     QFETCH(QString, key);
     QFETCH(int, count);
     QFETCH(QString, subscription);
 
-    const ServiceAnswer a = parseServiceAnswer(source, sample(file));
+    const ServiceAnswer a = parseServiceAnswer(source, bytes);
     QCOMPARE(a.sessionKey, key);
     QCOMPARE(a.lookupsToday, count);
     QCOMPARE(a.subscription, subscription);
-    if (file.endsWith(u"_login.xml"))
+    if (login)
         QCOMPARE(a.error, ServiceError::None);
+}
+
+void TestServiceAnswers::positions_data()
+{
+    QTest::addColumn<Source>("source");
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<double>("latitude");
+    QTest::addColumn<double>("longitude");
+
+    const auto qrz = [](const char *fields) -> QByteArray {
+        return QByteArray("<QRZDatabase><Callsign><call>W1AW</call>") + fields + "</Callsign></QRZDatabase>";
+    };
+    QTest::newRow("given position wins over the locator") << Source::Qrz
+                                                          << qrz("<lat>41.5</lat><lon>-72.5</lon><grid>JO62qm</grid>")
+                                                          << 41.5 << -72.5;
+    QTest::newRow("position off the globe: the locator's instead")
+        << Source::Qrz << qrz("<lat>95</lat><lon>-72.5</lon><grid>JO62qm</grid>") << 52.5208333333333
+        << 13.375;
+    QTest::newRow("not a number") << Source::Qrz << qrz("<lat>north</lat><lon>east</lon>") << 0.0 << 0.0;
+    // Letters past R and X make no locator, though the setup dialog's
+    // reader would take them.
+    QTest::newRow("Callook, locator with a stray character")
+        << Source::Callook
+        << QByteArray("{\"status\":\"VALID\",\"name\":\"J\",\"location\":{\"latitude\":\"\",\"gridsquare\":\"F~32qc\"}}")
+        << 0.0 << 0.0;
+    QTest::newRow("Callook, field letter past R") << Source::Callook
+        << QByteArray("{\"status\":\"VALID\",\"name\":\"J\",\"location\":{\"gridsquare\":\"ZZ32qc\"}}")
+        << 0.0 << 0.0;
+    QTest::newRow("Callook, numbers as numbers") << Source::Callook
+        << QByteArray("{\"status\":\"VALID\",\"name\":\"J\",\"location\":{\"latitude\":41.25,\"longitude\":-72.5}}")
+        << 41.25 << -72.5;
+}
+
+void TestServiceAnswers::positions()
+{
+    QFETCH(Source, source);
+    QFETCH(QByteArray, bytes);
+    QFETCH(double, latitude);
+    QFETCH(double, longitude);
+    const ServiceAnswer a = parseServiceAnswer(source, bytes);
+    QVERIFY(a.record);
+    QVERIFY(qAbs(a.result.latitude - latitude) < 1e-9);
+    QVERIFY(qAbs(a.result.longitude - longitude) < 1e-9);
 }
 
 QTEST_GUILESS_MAIN(TestServiceAnswers)

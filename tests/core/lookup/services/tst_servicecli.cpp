@@ -90,14 +90,8 @@ void TestServiceCli::readService_data()
                                     << u"GotPage"_qs << u"ARRL HQ OPERATORS CLUB"_qs << QString();
     QTest::newRow("QRZ not found") << u"qrz"_qs << u"W9XYZ"_qs << u"qrz_notfound.xml"_qs << 1 << u"CallNotFound"_qs
                                    << QString() << u"marvik-cli: QRZ.com: Not found: W9XYZ"_qs;
-    QTest::newRow("QRZCQ refused log-in") << u"qrzcq"_qs << u"W1AW"_qs << u"qrzcq_badlogin.xml"_qs << 1
-                                          << u"LoginRequired"_qs << QString()
-                                          << u"marvik-cli: QRZCQ.com: Invalid username or password"_qs;
     QTest::newRow("Callook updating") << u"callook"_qs << u"W1AW"_qs << u"callook_updating.json"_qs << 1
                                       << u"ServiceUpdating"_qs << QString() << u"marvik-cli: CALLOOK.INFO: UPDATING"_qs;
-    QTest::newRow("QRZ day used up") << u"qrz"_qs << u"W1AW"_qs << u"qrz_quota.xml"_qs << 1 << u"QuotaExceeded"_qs
-                                     << QString()
-                                     << u"marvik-cli: QRZ.com: Lookup limit exceeded: 100 lookups per day for this account"_qs;
     QTest::newRow("a log-in answer holds no record") << u"hamqth"_qs << u"W1AW"_qs << u"hamqth_login.xml"_qs << 1
                                                      << u"ReaderError"_qs << QString()
                                                      << u"marvik-cli: HamQTH.com: a log-in answer; it holds no record"_qs;

@@ -9,10 +9,12 @@ packages=(
   qt6-base-dev qt6-base-dev-tools qt6-webengine-dev qt6-image-formats-plugins libgl-dev
   libgumbo-dev libxdo-dev
   fonts-liberation  # the list text is measured in Arial and printed in Courier New: their metric twins
+  libqt6sql6-sqlite qtkeychain-qt6-dev libsecret-1-0
 )
 test_packages=(
   clang libclang-rt-14-dev libbenchmark-dev
   xvfb xauth openbox xdotool poppler-utils fonts-liberation imagemagick
+  dbus-daemon gnome-keyring
 )
 
 want=("${packages[@]}")

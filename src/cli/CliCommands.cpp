@@ -118,6 +118,8 @@ const QHash<QString, Command> &commands()
         {QStringLiteral("read"), {3, QStringLiteral("read SOURCE CALLSIGN FILE"), readPage}},
         {QStringLiteral("lookup"), {-1, QStringLiteral("lookup [--source SOURCE] CALLSIGN"), lookup}},
         {QStringLiteral("list-text"), {1, QStringLiteral("list-text LIST"), listText}},
+        {QStringLiteral("read-service"), {3, QStringLiteral("read-service SERVICE CALLSIGN FILE"), readService}},
+        {QStringLiteral("clear-cache"), {0, QStringLiteral("clear-cache"), clearCache}},
     };
     return table;
 }

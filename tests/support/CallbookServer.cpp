@@ -114,25 +114,42 @@ void CallbookServer::answer(const QString &target, const QList<Answer> &answers)
 
 void CallbookServer::serve(QTcpSocket *socket)
 {
-    // Wait for the whole request head; the tests only send GETs.
+    // Wait for the whole request: the head, then as many body bytes as it
+    // announces (the data services' log-ins are posted forms).
     QByteArray head = socket->property("head").toByteArray() + socket->readAll();
     socket->setProperty("head", head);
-    if (!head.contains("\r\n\r\n"))
+    const qsizetype headEnd = head.indexOf("\r\n\r\n");
+    if (headEnd < 0 || socket->property("served").toBool())
         return;
-    const QList<QByteArray> lines = head.left(head.indexOf("\r\n\r\n")).split('\n');
-    const QList<QByteArray> requestLine = lines.value(0).trimmed().split(' ');
-    const QString target = QString::fromLatin1(requestLine.value(1));
+    const QList<QByteArray> lines = head.left(headEnd).split('\n');
+    qsizetype length = 0;
     QByteArray cookie;
     for (const QByteArray &line : lines) {
         if (line.toLower().startsWith("cookie:"))
             cookie = line.mid(7).trimmed();
+        if (line.toLower().startsWith("content-length:"))
+            length = line.mid(15).trimmed().toLongLong();
     }
+    if (head.size() < headEnd + 4 + length)
+        return;
+    socket->setProperty("served", true);
+    const QList<QByteArray> requestLine = lines.value(0).trimmed().split(' ');
+    const QString target = QString::fromLatin1(requestLine.value(1));
     m_requests.append(target);
     m_cookies.append(cookie);
+    Request request;
+    request.method = requestLine.value(0);
+    request.target = target;
+    request.path = target.section(u'?', 0, 0);
+    request.query = QUrlQuery(target.section(u'?', 1));
+    request.body = head.mid(headEnd + 4, length);
+    m_fullRequests.append(request);
 
     Answer a;
     const auto it = m_answers.constFind(target);
-    if (it == m_answers.constEnd() || it->isEmpty()) {
+    if (const std::optional<Answer> handled = m_handler ? m_handler(request) : std::nullopt) {
+        a = *handled;
+    } else if (it == m_answers.constEnd() || it->isEmpty()) {
         a.status = 404;
         a.body = "<html><body>Not Found</body></html>";
     } else {

@@ -7,8 +7,12 @@
 #include <QSize>
 #include <QStringList>
 #include <QTcpServer>
+#include <QUrlQuery>
 
 #include "core/lookup/SourceSettings.h"
+
+#include <functional>
+#include <optional>
 
 /// A small HTTP/1.1 server on 127.0.0.1 that plays the callbooks and the
 /// picture host for the tests: fixed answers per request target, answered
@@ -30,6 +34,18 @@ public:
         QList<QPair<QByteArray, QByteArray>> headers;
     };
 
+    /// A request as it arrived.
+    struct Request
+    {
+        QByteArray method;
+        QString target; ///< path and query, as sent
+        QString path;
+        QUrlQuery query;
+        QByteArray body;
+    };
+    /// Decides the answer to a request; nothing: the fixed answers decide.
+    using Handler = std::function<std::optional<Answer>(const Request &)>;
+
     explicit CallbookServer(QObject *parent = nullptr);
 
     /// The file bytes of a plain blue picture in `format` ("jpeg", "png",
@@ -45,6 +61,12 @@ public:
     void answer(const QString &target, const QList<Answer> &answers);
     void answer(const QString &target, const Answer &a) { answer(target, QList<Answer>{a}); }
 
+    /// Consulted before the fixed answers, for servers that keep state
+    /// (sessions, counters).
+    void setHandler(Handler handler) { m_handler = std::move(handler); }
+
+    /// Every request in full, in the order they arrived.
+    QList<Request> fullRequests() const { return m_fullRequests; }
     /// Request targets in the order they arrived.
     QStringList requests() const { return m_requests; }
     /// The Cookie header of each request, in the same order.
@@ -54,6 +76,8 @@ public:
 private:
     void serve(QTcpSocket *socket);
 
+    Handler m_handler;
+    QList<Request> m_fullRequests;
     QHash<QString, QList<Answer>> m_answers;
     QHash<QString, int> m_served;
     QStringList m_requests;

@@ -114,9 +114,9 @@ void applyLine(int i, const QString &line, Settings &s)
         break;
     case 11:
         readInt16(line, s.defaultDatabase);
-        // -1 meant "none" to the Windows program; anything past the seven
-        // sources is as good as none.
-        if (s.defaultDatabase < 0 || s.defaultDatabase > 6)
+        // -1 meant "none" to the Windows program; anything past the eight
+        // sources (HamQTH, 7, came after the two CD callbooks) is as good as none.
+        if (s.defaultDatabase < 0 || s.defaultDatabase > 7)
             s.defaultDatabase = 0;
         break;
     case 12:

@@ -54,6 +54,12 @@ LookupResult readLookupResult(LookUp &lookUp, const QString &callSign, bool with
         qCDebug(lcLookup) << "reading the page of" << callSign << "failed:" << error.what();
         return r;
     }
+    applyLocatorPosition(r);
+    return r;
+}
+
+void applyLocatorPosition(LookupResult &r)
+{
     // The locator is trimmed before its length is judged: the pages put a
     // tab or a line break beside it.
     const QString locator = r.locator.trimmed();
@@ -63,7 +69,6 @@ LookupResult readLookupResult(LookUp &lookUp, const QString &callSign, bool with
         r.longitude = position.longitude;
         r.positionFromLocator = true;
     }
-    return r;
 }
 
 LookupResult readPage(LookUp &lookUp, const QString &callSign, bool withExtras)
@@ -93,7 +98,7 @@ void writeLookupResult(lists::CallRecord &row, bool existing, const QString &cal
     row[Column::Callsign] = callSign;
     row[Column::FullName] = fullName;
     if (!existing || row[Column::FirstName].isEmpty())
-        row[Column::FirstName] = firstWord(fullName);
+        row[Column::FirstName] = firstWord(result.firstName.trimmed().isEmpty() ? fullName : result.firstName.trimmed());
     row[Column::Address] = result.address1.trimmed();
     row[Column::City] = result.address2.trimmed();
     row[Column::Country] = country;

@@ -29,6 +29,7 @@ struct LookupResult
 {
     LookupOutcome outcome = LookupOutcome::Found;
     QString name;
+    QString firstName; ///< what the operator goes by, when a data service tells; pages never do
     QString address1;
     QString address2;
     QString country;
@@ -40,8 +41,13 @@ struct LookupResult
     QString previousCall;
     QString dateOfBirth;
     QString webPage;
+    QString pictureUrl; ///< the operator's picture, when a data service names one
     QString error; ///< what went wrong for ReaderError
 };
+
+/// When the locator (trimmed) has six characters and both coordinates are
+/// 0, puts the centre of its subsquare into the position.
+void applyLocatorPosition(LookupResult &result);
 
 /// The event name of an outcome: "GotPage", "PageNotFound", "CallNotFound",
 /// "LoginRequired", "ReaderError".
@@ -61,7 +67,9 @@ LookupResult readLookupResult(LookUp &lookUp, const QString &callSign, bool with
 LookupResult readPage(LookUp &lookUp, const QString &callSign, bool withExtras = true);
 
 /// Writes a lookup result into a list row: a new row (`existing` false) or an
-/// update of the call's row, which keeps its first name and Extra. Names and
+/// update of the call's row, which keeps its first name and Extra. A new
+/// first name is the first word of the service's first name, else of the full
+/// name. Names and
 /// addresses are trimmed (a no-break space counts as a blank), "UNITED
 /// STATES" becomes "USA", the position is stored as shortest decimal text,
 /// the row is stamped with `now` and gets its azimuth from `me`.

@@ -3,13 +3,23 @@
 
 #include "core/lookup/Sources.h"
 
+#include <QList>
 #include <QString>
 
 #include <array>
+#include <optional>
 
 class QSettings;
 
 namespace marvik::lookup {
+
+/// How a source is reached: its web page, read by the page readers, or its
+/// data service (XML or JSON made for programs).
+enum class Via { Page, Service };
+
+/// "page" or "service", as the settings and the command line write it.
+QString viaName(Via via);
+std::optional<Via> viaFromName(const QString &name);
 
 /// Where the callbooks, the picture host and the maker's site are, kept in
 /// group "Sources" of the settings store so a user (or a test) can move them.
@@ -45,9 +55,49 @@ public:
     QString satelliteHost() const { return m_satelliteHost; }
     void setSatelliteHost(const QString &host) { m_satelliteHost = host; }
 
+    /// Scheme and host of a source's data service ("<key>/ServiceHost");
+    /// empty for a source without one.
+    QString serviceHost(Source source) const;
+    void setServiceHost(Source source, const QString &host);
+    /// The account's user name for a data service ("<key>/User"); the
+    /// password lives in the desktop keyring, never here.
+    QString userName(Source source) const;
+    void setUserName(Source source, const QString &user);
+    /// How the source is reached ("<key>/Via"). Unset, a source with call
+    /// pages is read from its pages unless its service needs no account
+    /// (Callook) or an account is set up for it; HamQTH has only its service.
+    /// A choice the source cannot serve gives way to the one it can.
+    Via via(Source source) const;
+    /// nothing: back to the rule above.
+    void setVia(Source source, std::optional<Via> via);
+    /// True when the source can answer with nothing more set up: a page, a
+    /// service without an account, or a service whose user name is set.
+    bool isReady(Source source) const;
+
+    /// The sources a lookup tries after the chosen one, in the user's order
+    /// ("Fallback/Order", keys separated by commas). Unset: every other
+    /// online source that is ready, in menu order.
+    QList<Source> fallbackOrder(Source chosen) const;
+    /// The order as set; empty when the default rule applies.
+    QList<Source> savedFallbackOrder() const { return m_fallbackOrder; }
+    void setFallbackOrder(const QList<Source> &order) { m_fallbackOrder = order; }
+
+    /// How many days a cached lookup result still answers ("Cache/FreshDays").
+    int cacheFreshDays() const { return m_cacheFreshDays; }
+    void setCacheFreshDays(int days) { m_cacheFreshDays = days; }
+    /// The most results the cache keeps; the oldest go first ("Cache/MaxEntries").
+    int cacheMaxEntries() const { return m_cacheMaxEntries; }
+    void setCacheMaxEntries(int entries) { m_cacheMaxEntries = entries; }
+
 private:
     std::array<QString, kSourceCount> m_hosts;
     std::array<QString, kSourceCount> m_domains;
+    std::array<QString, kSourceCount> m_serviceHosts;
+    std::array<QString, kSourceCount> m_users;
+    std::array<std::optional<Via>, kSourceCount> m_via;
+    QList<Source> m_fallbackOrder;
+    int m_cacheFreshDays = 90;
+    int m_cacheMaxEntries = 20000;
     QString m_picturesHost;
     QString m_updatesUrl;
     QString m_downloadUrl;

@@ -12,3 +12,4 @@ target_sources(marvik_core PRIVATE
   lookup/PictureFiles.cpp lookup/PictureFiles.h
   lookup/SourceSettings.cpp lookup/SourceSettings.h
   lookup/Sources.cpp lookup/Sources.h)
+include(lookup/services/Sources.cmake)

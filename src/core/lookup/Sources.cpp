@@ -9,15 +9,23 @@ namespace {
 
 // The request labels are fixed words except eHam's, which is its domain
 // name: the site page must contain the label for the answer to count.
+// HamQTH offers no call page worth reading, only its data service; its menu
+// caption is its domain name.
 constexpr std::array<SourceInfo, kSourceCount> kTable{{
-    {Source::EHam, u"eHam", u"eHam", u"/", u"/callbook/", u"", u"https://www.eham.net", u"eHam.net", true},
-    {Source::Qrz, u"QRZ", u"QRZ", u"/", u"/db/", u"QRZ", u"https://www.qrz.com", u"QRZ.com", true},
-    {Source::QrzCq, u"QRZCQ", u"QRZCQ", u"/", u"/call/", u"QRZCQ", u"https://www.qrzcq.com", u"QRZCQ.com", true},
-    {Source::Callook, u"Callook", u"Callook", u"/", u"/", u"callook", u"https://callook.info", u"Callook.info", true},
+    {Source::EHam, u"eHam", u"eHam", u"/", u"/callbook/", u"", u"https://www.eham.net", u"eHam.net", true, true, u"",
+     false},
+    {Source::Qrz, u"QRZ", u"QRZ", u"/", u"/db/", u"QRZ", u"https://www.qrz.com", u"QRZ.com", true, true,
+     u"https://xmldata.qrz.com", true},
+    {Source::QrzCq, u"QRZCQ", u"QRZCQ", u"/", u"/call/", u"QRZCQ", u"https://www.qrzcq.com", u"QRZCQ.com", true, true,
+     u"https://ssl.qrzcq.com", true},
+    {Source::Callook, u"Callook", u"Callook", u"/", u"/", u"callook", u"https://callook.info", u"Callook.info", true, true,
+     u"https://callook.info", false},
     {Source::HamCall, u"HamCall", u"HamCall", u"/call", u"/call?callsign=", u"HamCall", u"https://hamcall.net",
-     u"HamCall.net", true},
-    {Source::QrzCd, u"QRZ CD", u"", u"", u"", u"", u"", u"", false},
-    {Source::HamCallCd, u"HamCall CD", u"", u"", u"", u"", u"", u"", false},
+     u"HamCall.net", true, true, u"", false},
+    {Source::QrzCd, u"QRZ CD", u"", u"", u"", u"", u"", u"", false, false, u"", false},
+    {Source::HamCallCd, u"HamCall CD", u"", u"", u"", u"", u"", u"", false, false, u"", false},
+    {Source::HamQth, u"HamQTH.com", u"HamQTH", u"", u"", u"HamQTH", u"https://www.hamqth.com", u"HamQTH.com", true, false,
+     u"https://www.hamqth.com", true},
 }};
 
 } // namespace
@@ -42,7 +50,7 @@ std::optional<Source> sourceFromMenuIndex(int menuIndex)
 std::optional<Source> onlineSourceFromDataBase(int dataBase)
 {
     const std::optional<Source> source = sourceFromMenuIndex(dataBase - 1);
-    if (!source || !isOnline(*source))
+    if (!source || !hasPageReader(*source))
         return std::nullopt;
     return source;
 }
@@ -59,6 +67,11 @@ std::optional<Source> sourceFromName(const QString &name)
             return info.source;
     }
     return std::nullopt;
+}
+
+QString sourceName(Source source)
+{
+    return sourceInfo(source).key.toString().toLower();
 }
 
 } // namespace marvik::lookup

@@ -220,6 +220,12 @@ void TestApp::readConfig_data()
     QTest::newRow("default database -1 is eHam")
         << cfg(u" 0 "_qs, u" 0 "_qs, u"0"_qs, u"-1 "_qs, u" 4 "_qs, u"5"_qs) << 38.8977 << -77.0365 << 0 << 0 << 0
         << u"K1ABC"_qs << 0 << 4 << u"Nets"_qs << 5 << 2;
+    QTest::newRow("default database 7 is HamQTH")
+        << cfg(u" 0 "_qs, u" 0 "_qs, u"0"_qs, u" 7 "_qs, u" 0 "_qs, u"1"_qs) << 38.8977 << -77.0365 << 0 << 0 << 0
+        << u"K1ABC"_qs << 7 << 0 << u"Nets"_qs << 1 << 2;
+    QTest::newRow("default database 8 is eHam")
+        << cfg(u" 0 "_qs, u" 0 "_qs, u"0"_qs, u" 8 "_qs, u" 0 "_qs, u"1"_qs) << 38.8977 << -77.0365 << 0 << 0 << 0
+        << u"K1ABC"_qs << 0 << 0 << u"Nets"_qs << 1 << 2;
     QTest::newRow("numbers that do not fit keep the defaults")
         << cfg(u" 99999 "_qs, u" 0 "_qs, u"0"_qs, u" 70000 "_qs, u" 9 "_qs, u"4"_qs, u" 99999 "_qs) << 38.8977
         << -77.0365 << 0 << 0 << 0 << u"K1ABC"_qs << 0 << 0 << u"Nets"_qs << 4 << 0;

@@ -9,3 +9,4 @@ marvik_add_test(tst_lookup
   LIBS Qt6::Network LABELS unit TIMEOUT 120)
 # The command-line tests run the built marvik-cli.
 add_dependencies(tst_lookup marvik-cli)
+include(${CMAKE_CURRENT_LIST_DIR}/services/Tests.cmake)

@@ -62,17 +62,6 @@ private:
     Display *m_display;
 };
 
-/// libxdo matches names with an extended regular expression; ours is a plain title.
-std::string escapedForRegex(const std::string &text)
-{
-    std::string out;
-    for (const char c : text) {
-        if (std::strchr("\\.[]{}()*+?^$|", c) != nullptr && c != '\0')
-            out += '\\';
-        out += c;
-    }
-    return out;
-}
 
 } // namespace
 
@@ -176,6 +165,38 @@ struct XdoSession::Private
         return parentReturn;
     }
 
+    /// The first top-level window below `window` whose title is exactly
+    /// `title`. Walked by hand rather than with libxdo's search, which
+    /// matches case-insensitively anyway and can free a child list twice
+    /// when a window vanishes while it walks.
+    Window findTitled(Window window, const std::string &wanted, int depth) const
+    {
+        // Programs' windows sit right below the root, or below a window
+        // manager's frame or two.
+        constexpr int kMaxDepth = 4;
+        Window rootReturn = 0;
+        Window parentReturn = 0;
+        Window *children = nullptr;
+        unsigned int count = 0;
+        if (XQueryTree(display, window, &rootReturn, &parentReturn, &children, &count) == 0)
+            return 0;
+        const std::vector<Window> list(children, children + (children ? count : 0));
+        if (children != nullptr)
+            XFree(children);
+        // Topmost first: the window the user sees wins over one behind it.
+        for (auto it = list.rbegin(); it != list.rend(); ++it) {
+            if (title(*it) == wanted && isTopLevel(*it))
+                return *it;
+        }
+        if (depth + 1 >= kMaxDepth)
+            return 0;
+        for (auto it = list.rbegin(); it != list.rend(); ++it) {
+            if (const Window found = findTitled(*it, wanted, depth + 1))
+                return found;
+        }
+        return 0;
+    }
+
     /// A program's own window: one a window manager manages (shown or
     /// minimised) or, with no window manager, a shown child of the root.
     /// Withdrawn windows such as hidden helper windows do not count.
@@ -255,24 +276,7 @@ std::unique_ptr<XdoSession> XdoSession::open()
 unsigned long XdoSession::find(const std::string &utf8Title)
 {
     ErrorTrap trap(d->display);
-    const std::string pattern = '^' + escapedForRegex(utf8Title) + '$';
-    xdo_search_t search {};
-    search.winname = pattern.c_str();
-    search.searchmask = SEARCH_NAME;
-    search.max_depth = -1;
-    search.require = xdo_search_t::SEARCH_ALL;
-    Window *windows = nullptr;
-    unsigned int count = 0;
-    xdo_search_windows(d->xdo, &search, &windows, &count);
-    unsigned long found = 0;
-    // The search ignores case; the title must match exactly.
-    for (unsigned int i = 0; i < count && found == 0; ++i) {
-        if (d->title(windows[i]) == utf8Title && d->isTopLevel(windows[i]))
-            found = windows[i];
-    }
-    if (windows != nullptr)
-        XFree(windows);
-    return found;
+    return d->findTitled(d->root, utf8Title, 0);
 }
 
 bool XdoSession::isMinimised(unsigned long window)

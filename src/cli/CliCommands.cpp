@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/CliCommands.h"
 
+#include "cli/AdifCommands.h"
 #include "cli/LookupCommands.h"
 
 #include "core/maps/Geometry.h"
@@ -90,6 +91,10 @@ const QHash<QString, Command> &commands()
         {QStringLiteral("html2text"), {1, QStringLiteral("html2text FILE"), html2text}},
         {QStringLiteral("read"), {3, QStringLiteral("read SOURCE CALLSIGN FILE"), readPage}},
         {QStringLiteral("lookup"), {-1, QStringLiteral("lookup [--source SOURCE] CALLSIGN"), lookup}},
+        {QStringLiteral("import-adif"), {2, QStringLiteral("import-adif FILE LIST"), importAdif}},
+        {QStringLiteral("export-adif"),
+         {-1, QStringLiteral("export-adif LIST FILE [--adx] [--band BAND] [--mode MODE]"), exportAdif}},
+        {QStringLiteral("refresh"), {-1, QStringLiteral("refresh LIST [--source SOURCE]"), refresh}},
     };
     return table;
 }

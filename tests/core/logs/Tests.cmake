@@ -1,0 +1,7 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+# Logs: ADIF read and written, lists imported and exported, whole lists
+# refreshed, in the library and through marvik-cli.
+set(_logs_tests ${CMAKE_CURRENT_LIST_DIR})
+marvik_add_test(tst_adif SOURCES ${_logs_tests}/tst_adif.cpp LABELS unit)
+target_compile_definitions(tst_adif PRIVATE MARVIK_VERSION="${PROJECT_VERSION}")
+add_dependencies(tst_adif marvik-cli)

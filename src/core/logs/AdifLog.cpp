@@ -51,7 +51,7 @@ QString problemText(const AdifProblem &p)
     QString what;
     switch (p.kind) {
     case AdifProblemKind::BadLength: what = QStringLiteral("the length of %1 is not a number").arg(p.detail); break;
-    case AdifProblemKind::NoName: what = QStringLiteral("a field without a name"); break;
+    case AdifProblemKind::BadName: what = QStringLiteral("a field without a name, or with one too long"); break;
     case AdifProblemKind::CutShort: what = QStringLiteral("the file ends inside the value of %1").arg(p.detail); break;
     case AdifProblemKind::UnclearLength:
         what = QStringLiteral("the length of %1 fits neither bytes nor characters").arg(p.detail);

@@ -36,7 +36,7 @@ struct AdifRecord
 /// What can be wrong at one place of a log file.
 enum class AdifProblemKind {
     BadLength,       ///< a field's length is not a number
-    NoName,          ///< a field without a name
+    BadName,         ///< a field whose name is empty or longer than kMaxNameLength
     CutShort,        ///< the file ends inside a value
     UnclearLength,   ///< neither counting bytes nor characters fits what follows a value
     MissingEndOfRecord, ///< the file ends after fields that no <EOR> closes
@@ -52,6 +52,10 @@ struct AdifProblem
     int line = 0;   ///< 1-based
     QString detail; ///< the field's name, or the XML parser's message
 };
+
+/// The longest field name read or written, in characters: ADIF's own are
+/// under 30, and a bound keeps a reader's tag search short.
+inline constexpr qsizetype kMaxNameLength = 100;
 
 /// A whole log as read from a file or about to be written.
 struct AdifLog

@@ -17,9 +17,9 @@ namespace marvik::logs {
 
 namespace {
 
-// A tag longer than this is taken for text: field names are short, and the
-// limit keeps a stray "<" in a long free text from costing a scan to the end.
-constexpr qsizetype kMaxTagLength = 256;
+// A tag longer than this is taken for text; it holds any name of up to
+// kMaxNameLength characters in UTF-8 with its length and type.
+constexpr qsizetype kMaxTagLength = 4 * kMaxNameLength + 64;
 // Bigger than any log a station keeps; a file beyond it is refused whole.
 constexpr qint64 kMaxFileSize = qint64(1) << 30;
 
@@ -297,8 +297,8 @@ AdifLog AdiParser::run()
             end = n;
         }
         const QByteArrayView raw = m_b.sliced(start, end - start);
-        if (name.isEmpty()) {
-            m_log.addProblem(AdifProblemKind::NoName, lineAt(at));
+        if (name.isEmpty() || name.size() > kMaxNameLength) {
+            m_log.addProblem(AdifProblemKind::BadName, lineAt(at));
         } else {
             AdifField field{name, {}, typeIndicator(typeText)};
             if (isAscii(raw))
@@ -406,7 +406,7 @@ AdifLog readAdx(QByteArrayView bytes)
                                   + attribute(xml, QLatin1StringView("FIELDNAME")))
                                      .toUpper();
                 } else if (element == u"USERDEF" && where == Where::Header) {
-                    field.name = QStringLiteral("USERDEF") + attribute(xml, QLatin1StringView("FIELDID"));
+                    field.name = (QStringLiteral("USERDEF") + attribute(xml, QLatin1StringView("FIELDID"))).toUpper();
                 } else if (element == u"USERDEF") {
                     field.name = attribute(xml, QLatin1StringView("FIELDNAME")).toUpper();
                 } else {
@@ -417,8 +417,8 @@ AdifLog readAdx(QByteArrayView bytes)
                 field.value = xml.readElementText(QXmlStreamReader::SkipChildElements);
                 if (xml.hasError())
                     break; // a value cut short by bad XML is no value
-                if (field.name.isEmpty())
-                    log.addProblem(AdifProblemKind::NoName, line());
+                if (field.name.isEmpty() || field.name.size() > kMaxNameLength)
+                    log.addProblem(AdifProblemKind::BadName, line());
                 else
                     (where == Where::Header ? log.header : fields).append(std::move(field));
                 break;

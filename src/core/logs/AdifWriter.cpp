@@ -7,8 +7,19 @@ namespace marvik::logs {
 
 namespace {
 
-void appendField(QString &out, const AdifField &f)
+/// A name a tag can carry and a reader gives back as it was: none of
+/// ":<>", no blank at either end (ADX names may have them), not too long.
+bool isAdiName(const QString &name)
 {
+    const auto blank = [](QChar c) { return c == u' ' || c == u'\t' || c == u'\r' || c == u'\n'; };
+    return !name.isEmpty() && name.size() <= kMaxNameLength && !blank(name.front()) && !blank(name.back())
+        && std::none_of(name.begin(), name.end(), [](QChar c) { return c == u':' || c == u'<' || c == u'>'; });
+}
+
+void appendField(QString &out, const AdifField &f, QStringView after)
+{
+    if (!isAdiName(f.name))
+        return;
     out += u'<';
     out += f.name;
     out += u':';
@@ -19,6 +30,7 @@ void appendField(QString &out, const AdifField &f)
     }
     out += u'>';
     out += f.value;
+    out += after;
 }
 
 bool isXmlName(const QString &name)
@@ -67,7 +79,7 @@ void writeAdxField(QXmlStreamWriter &xml, const AdifField &f)
         }
     }
     // A bare APP or USERDEF element would be read back as one of those.
-    if (!isXmlName(f.name) || f.name == u"APP" || f.name == u"USERDEF")
+    if (!isXmlName(f.name) || f.name.size() > kMaxNameLength || f.name == u"APP" || f.name == u"USERDEF")
         return;
     xml.writeTextElement(f.name, xmlText(f.value));
 }
@@ -84,16 +96,12 @@ QByteArray writeAdi(const AdifLog &log)
         preamble.prepend(QStringLiteral("ADIF log "));
     out += preamble;
     out += u"\r\n";
-    for (const AdifField &f : log.header) {
-        appendField(out, f);
-        out += u"\r\n";
-    }
+    for (const AdifField &f : log.header)
+        appendField(out, f, u"\r\n");
     out += u"<EOH>\r\n";
     for (const AdifRecord &r : log.records) {
-        for (const AdifField &f : r.fields) {
-            appendField(out, f);
-            out += u' ';
-        }
+        for (const AdifField &f : r.fields)
+            appendField(out, f, u" ");
         out += u"<EOR>\r\n";
     }
     return out.toUtf8();

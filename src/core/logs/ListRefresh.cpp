@@ -100,11 +100,14 @@ ListRefresh::ListRefresh(lists::CallListModel *model, const QString &listPath, S
             return lists::saveList(*m_model, m_listPath, why);
         };
     }
+    // The pace is a promise to the callbooks: never early.
+    m_paceTimer.setTimerType(Qt::PreciseTimer);
     m_paceTimer.setSingleShot(true);
     connect(&m_paceTimer, &QTimer::timeout, this, &ListRefresh::next);
     m_answerTimer.setSingleShot(true);
     connect(&m_answerTimer, &QTimer::timeout, this, [this] {
-        failed(m_pending, QStringLiteral("no answer within %1 s").arg(m_answerTimeoutMs / 1000.0));
+        const QString call = m_pending; // settling clears m_pending
+        failed(call, QStringLiteral("no answer within %1 s").arg(m_answerTimeoutMs / 1000.0));
     });
 }
 

@@ -66,7 +66,7 @@ QStringList problems(const AdifLog &log)
 {
     static const QHash<AdifProblemKind, QString> names = {
         {AdifProblemKind::BadLength, u"BadLength"_qs},
-        {AdifProblemKind::NoName, u"NoName"_qs},
+        {AdifProblemKind::BadName, u"BadName"_qs},
         {AdifProblemKind::CutShort, u"CutShort"_qs},
         {AdifProblemKind::UnclearLength, u"UnclearLength"_qs},
         {AdifProblemKind::MissingEndOfRecord, u"MissingEndOfRecord"_qs},
@@ -196,7 +196,7 @@ void TestAdif::read_data()
         << QStringList{u"CutShort@3"_qs, u"MissingEndOfRecord@2"_qs};
     QTest::newRow("a field without a name, a header end too late")
         << QByteArray("<CALL:4>W1AW<EOR>\n<:3>abc<CALL:5>K1ABC<EOH><EOR>") << adi << QString() << QString()
-        << QStringList{u"CALL=W1AW"_qs, u"CALL=K1ABC"_qs} << QStringList{u"NoName@2"_qs, u"LateHeaderEnd@2"_qs};
+        << QStringList{u"CALL=W1AW"_qs, u"CALL=K1ABC"_qs} << QStringList{u"BadName@2"_qs, u"LateHeaderEnd@2"_qs};
     QTest::newRow("neither count fits")
         << QByteArray("<NAME:3>J\xC3\xB6rg<CALL:4>W1AW<EOR>") << adi << QString() << QString()
         << QStringList{u"NAME=Jör|CALL=W1AW"_qs} << QStringList{u"UnclearLength@1"_qs};

@@ -12,6 +12,7 @@
 #include <QHash>
 #include <QSet>
 
+#include <array>
 #include <cmath>
 #include <limits>
 
@@ -85,10 +86,12 @@ struct Station
 /// character left.
 QString listText(QString value)
 {
-    if (value.isEmpty())
-        return {};
+    const auto unfit = [](QChar c) { return c == u'*' || c.unicode() < 0x20 || c.unicode() == 0x7F; };
+    // Nearly every value is fine as it is: look before writing, which would copy it.
+    if (std::none_of(value.cbegin(), value.cend(), unfit))
+        return value.trimmed();
     for (QChar &c : value) {
-        if (c == u'*' || (c.unicode() < 0x20 && c != u'\r' && c != u'\n') || c.unicode() == 0x7F)
+        if (unfit(c) && c != u'\r' && c != u'\n')
             c = u' ';
     }
     if (!value.contains(u'\n') && !value.contains(u'\r'))
@@ -103,11 +106,73 @@ QString listText(QString value)
     return parts.join(QStringLiteral(", "));
 }
 
-/// The Unicode field when the log has one (ADX writes both), else the plain one.
-QString textOf(const AdifRecord &r, QStringView name, QStringView intlName)
+/// The fields of a record the import reads.
+enum Field {
+    Call,
+    QsoDate,
+    TimeOn,
+    Name,
+    NameIntl,
+    Address,
+    AddressIntl,
+    Qth,
+    QthIntl,
+    Country,
+    CountryIntl,
+    Lat,
+    Lon,
+    GridSquare,
+    AppFirstName,
+    AppLatitude,
+    AppLongitude,
+    AppExtra,
+    FieldCount
+};
+
+/// A record's fields that matter here, found in one pass over it (a big
+/// log has a million fields; a search per name would visit each a dozen
+/// times). The first of a name wins, as AdifRecord::value() has it.
+class Picked
 {
-    const QString intl = listText(r.value(intlName));
-    return intl.isEmpty() ? listText(r.value(name)) : intl;
+public:
+    explicit Picked(const AdifRecord &r)
+    {
+        // Compared by length first: most fields of a log (FREQ, RST_SENT
+        // ...) are not wanted and fall out on their length or first letter.
+        static const std::array<QStringView, FieldCount> wanted = {
+            u"CALL", u"QSO_DATE", u"TIME_ON", u"NAME", u"NAME_INTL", u"ADDRESS", u"ADDRESS_INTL",
+            u"QTH", u"QTH_INTL", u"COUNTRY", u"COUNTRY_INTL", u"LAT", u"LON", u"GRIDSQUARE",
+            kAppFirstName, kAppLatitude, kAppLongitude, kAppExtra,
+        };
+        for (const AdifField &f : r.fields) {
+            for (std::size_t i = 0; i < wanted.size(); ++i) {
+                const QStringView w = wanted[i];
+                if (w.size() == f.name.size() && w.front() == f.name.front() && w == f.name) {
+                    if (!m_values[i])
+                        m_values[i] = &f.value;
+                    break;
+                }
+            }
+        }
+    }
+
+    const QString &operator[](Field f) const
+    {
+        static const QString none;
+        const QString *v = m_values[std::size_t(f)];
+        return v ? *v : none;
+    }
+    bool has(Field f) const { return m_values[std::size_t(f)] != nullptr; }
+
+private:
+    std::array<const QString *, FieldCount> m_values{};
+};
+
+/// The Unicode field when the log has one (ADX writes both), else the plain one.
+QString textOf(const Picked &r, Field name, Field intlName)
+{
+    const QString intl = listText(r[intlName]);
+    return intl.isEmpty() ? listText(r[name]) : intl;
 }
 
 bool isCallsign(const QString &call)
@@ -117,9 +182,9 @@ bool isCallsign(const QString &call)
 }
 
 /// Marvik's exact figure when it still names the place LAT or LON give.
-QString exactFigure(const AdifRecord &r, QStringView name, double degrees)
+QString exactFigure(const Picked &r, Field name, double degrees)
 {
-    const QString text = r.value(name).trimmed();
+    const QString text = r[name].trimmed();
     const bool plain = !text.isEmpty() && text.count(u'.') <= 1
         && std::all_of(text.begin(), text.end(), [](QChar c) { return (c >= u'0' && c <= u'9') || c == u'.' || c == u'-'; })
         && text.lastIndexOf(u'-') <= 0;
@@ -129,17 +194,17 @@ QString exactFigure(const AdifRecord &r, QStringView name, double degrees)
     return std::fabs(exact - degrees) <= kLocationSlack ? text : app::shortestDecimal(degrees);
 }
 
-bool positionOf(const AdifRecord &r, QString &latitude, QString &longitude)
+bool positionOf(const Picked &r, QString &latitude, QString &longitude)
 {
     double lat = 0;
     double lon = 0;
-    if (readLocation(r.value(u"LAT"), true, lat) && readLocation(r.value(u"LON"), false, lon)) {
-        latitude = exactFigure(r, kAppLatitude, lat);
-        longitude = exactFigure(r, kAppLongitude, lon);
+    if (readLocation(r[Lat], true, lat) && readLocation(r[Lon], false, lon)) {
+        latitude = exactFigure(r, AppLatitude, lat);
+        longitude = exactFigure(r, AppLongitude, lon);
         return true;
     }
     maps::Position p;
-    if (gridSquareCentre(r.value(u"GRIDSQUARE"), p)) {
+    if (gridSquareCentre(r[GridSquare], p)) {
         latitude = app::shortestDecimal(p.latitude);
         longitude = app::shortestDecimal(p.longitude);
         return true;
@@ -152,12 +217,11 @@ bool hasPosition(const CallRecord &row)
     return app::val(row[Column::Latitude]) != 0 && app::val(row[Column::Longitude]) != 0;
 }
 
-QString azimuthOf(const CallRecord &row, const maps::Position &me)
+QString azimuthOf(const CallRecord &row, const maps::DistanceFromMe &fromMe)
 {
     if (!hasPosition(row))
         return {};
-    return maps::azimuthText(
-        maps::bearingFrom(me, app::val(row[Column::Latitude]), app::val(row[Column::Longitude])).degrees);
+    return maps::azimuthText(fromMe.bearing(app::val(row[Column::Latitude]), app::val(row[Column::Longitude])).degrees);
 }
 
 void fillIfEmpty(CallRecord &row, Column column, const QString &value, bool &changed)
@@ -172,23 +236,33 @@ void fillIfEmpty(CallRecord &row, Column column, const QString &value, bool &cha
 
 QDateTime contactTime(const QString &qsoDate, const QString &timeOn)
 {
-    const QString date = qsoDate.trimmed();
-    const auto digits = [](const QString &s) {
-        return std::all_of(s.begin(), s.end(), [](QChar c) { return c >= u'0' && c <= u'9'; });
+    // By hand rather than QDate::fromString(): a big log has tens of
+    // thousands of these, and the format parser costs microseconds each.
+    const auto number = [](QStringView digits, int &value) {
+        value = 0;
+        for (const QChar c : digits) {
+            if (c < u'0' || c > u'9')
+                return false;
+            value = value * 10 + (c.unicode() - '0');
+        }
+        return true;
     };
-    if (date.size() != 8 || !digits(date))
+    const QStringView date = QStringView(qsoDate).trimmed();
+    int year = 0;
+    int month = 0;
+    int day = 0;
+    if (date.size() != 8 || !number(date.left(4), year) || !number(date.mid(4, 2), month)
+        || !number(date.mid(6, 2), day) || !QDate::isValid(year, month, day))
         return {};
-    const QDate day = QDate::fromString(date, QStringLiteral("yyyyMMdd"));
-    if (!day.isValid())
-        return {};
-    const QString time = timeOn.trimmed();
-    QTime at(0, 0);
-    if ((time.size() == 4 || time.size() == 6) && digits(time)) {
-        const QTime t = QTime::fromString(time, time.size() == 4 ? QStringLiteral("HHmm") : QStringLiteral("HHmmss"));
-        if (t.isValid())
-            at = t;
+    const QStringView time = QStringView(timeOn).trimmed();
+    int hour = 0;
+    int minute = 0;
+    int second = 0;
+    if ((time.size() == 4 || time.size() == 6) && number(time.left(2), hour) && number(time.mid(2, 2), minute)
+        && (time.size() == 4 || number(time.mid(4, 2), second)) && QTime::isValid(hour, minute, second)) {
+        return QDateTime(QDate(year, month, day), QTime(hour, minute, second), Qt::UTC);
     }
-    return QDateTime(day, at, Qt::UTC);
+    return QDateTime(QDate(year, month, day), QTime(0, 0), Qt::UTC);
 }
 
 ImportSummary importLog(const AdifLog &log, lists::CallListModel &model, const ImportContext &context)
@@ -208,16 +282,18 @@ ImportSummary importLog(const AdifLog &log, lists::CallListModel &model, const I
     // log names them first.
     QList<Station> stations;
     QHash<QString, qsizetype> stationOf;
+    stationOf.reserve(log.records.size());
     for (int i = 0; i < log.records.size(); ++i) {
-        const AdifRecord &r = log.records[i];
-        const QString written = r.value(u"CALL");
+        const Picked r(log.records[i]);
+        const int line = log.records[i].line;
+        const QString &written = r[Call];
         const QString call = callsign::plainZero(written.trimmed());
         if (call.isEmpty()) {
-            skip(r.line, SkipReason::NoCall, written);
+            skip(line, SkipReason::NoCall, written);
             continue;
         }
         if (!isCallsign(call)) {
-            skip(r.line, SkipReason::BadCall, written);
+            skip(line, SkipReason::BadCall, written);
             continue;
         }
         auto it = stationOf.constFind(call);
@@ -227,22 +303,22 @@ ImportSummary importLog(const AdifLog &log, lists::CallListModel &model, const I
             stations.last().call = call;
         }
         Station &s = stations[*it];
-        const QDateTime when = contactTime(r.value(u"QSO_DATE"), r.value(u"TIME_ON"));
+        const QDateTime when = contactTime(r[QsoDate], r[TimeOn]);
         const Rank rank{when.isValid() ? when.toMSecsSinceEpoch() : std::numeric_limits<qint64>::min(), i};
         if (s.latest < rank) {
             s.latest = rank;
             if (when.isValid())
                 s.when = when;
         }
-        s.fullName.offer(textOf(r, u"NAME", u"NAME_INTL"), rank);
+        s.fullName.offer(textOf(r, Name, NameIntl), rank);
         // Marvik writes its first-name field even empty: an empty first name
         // beside a full name is part of the row.
-        if (r.contains(kAppFirstName))
-            s.firstName.offerEvenEmpty(listText(r.value(kAppFirstName)), rank);
-        s.address.offer(textOf(r, u"ADDRESS", u"ADDRESS_INTL"), rank);
-        s.city.offer(textOf(r, u"QTH", u"QTH_INTL"), rank);
-        s.country.offer(textOf(r, u"COUNTRY", u"COUNTRY_INTL"), rank);
-        s.extra.offer(listText(r.value(kAppExtra)), rank);
+        if (r.has(AppFirstName))
+            s.firstName.offerEvenEmpty(listText(r[AppFirstName]), rank);
+        s.address.offer(textOf(r, Address, AddressIntl), rank);
+        s.city.offer(textOf(r, Qth, QthIntl), rank);
+        s.country.offer(textOf(r, Country, CountryIntl), rank);
+        s.extra.offer(listText(r[AppExtra]), rank);
         QString lat;
         QString lon;
         if (s.position.rank < rank && positionOf(r, lat, lon))
@@ -264,6 +340,7 @@ ImportSummary importLog(const AdifLog &log, lists::CallListModel &model, const I
         for (const QString &name : names)
             thumbs.insert(name.chopped(4));
     }
+    const maps::DistanceFromMe fromMe(context.me);
     const QString undated =
         lists::timeStamp(context.now.isValid() ? context.now.toLocalTime() : QDateTime::currentDateTime());
 
@@ -285,7 +362,7 @@ ImportSummary importLog(const AdifLog &log, lists::CallListModel &model, const I
             if (!hasPosition(row) && s.position.set) {
                 row[Column::Latitude] = s.position.latitude;
                 row[Column::Longitude] = s.position.longitude;
-                row[Column::Azimuth] = azimuthOf(row, context.me);
+                row[Column::Azimuth] = azimuthOf(row, fromMe);
                 changed = true;
             }
             if (changed) {
@@ -308,7 +385,7 @@ ImportSummary importLog(const AdifLog &log, lists::CallListModel &model, const I
         if (s.position.set) {
             row[Column::Latitude] = s.position.latitude;
             row[Column::Longitude] = s.position.longitude;
-            row[Column::Azimuth] = azimuthOf(row, context.me);
+            row[Column::Azimuth] = azimuthOf(row, fromMe);
         }
         row[Column::TimeStamp] = s.when.isValid() ? lists::timeStamp(s.when.toLocalTime()) : undated;
         row[Column::Extra] = s.extra.value;

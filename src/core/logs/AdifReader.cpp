@@ -106,6 +106,25 @@ struct TransparentHash
 {
     using is_transparent = void;
     std::size_t operator()(std::string_view s) const { return std::hash<std::string_view>{}(s); }
+    std::size_t operator()(std::u16string_view s) const { return std::hash<std::u16string_view>{}(s); }
+};
+
+/// Element names in upper case, each worked out once: a log repeats the
+/// same few dozen in every record.
+class UpperNames
+{
+public:
+    QString operator()(QStringView name)
+    {
+        const std::u16string_view key(name.utf16(), std::size_t(name.size()));
+        const auto it = m_names.find(key);
+        if (it != m_names.end())
+            return it->second;
+        return m_names.emplace(std::u16string(key), name.toString().toUpper()).first->second;
+    }
+
+private:
+    std::unordered_map<std::u16string, QString, TransparentHash, std::equal_to<>> m_names;
 };
 
 class AdiParser
@@ -249,8 +268,11 @@ AdifLog AdiParser::run()
             if (eor || eoh)
                 firstTag(at);
             if (eor && !fields.isEmpty()) {
+                const qsizetype size = fields.size();
                 m_log.records.append({std::move(fields), recordLine});
+                // The next record most likely has as many fields.
                 fields = {};
+                fields.reserve(size);
             } else if (eoh) {
                 if (!m_log.headerEnded && m_log.records.isEmpty()) {
                     m_log.header = std::move(fields);
@@ -370,11 +392,12 @@ AdifLog readAdx(QByteArrayView bytes)
     enum class Where { Outside, Root, Header, Records, Record, Done } where = Where::Outside;
     QList<AdifField> fields;
     int recordLine = 0;
+    UpperNames upper;
 
     while (!xml.atEnd() && where != Where::Done) {
         const QXmlStreamReader::TokenType token = xml.readNext();
         if (token == QXmlStreamReader::StartElement) {
-            const QString element = xml.name().toString().toUpper();
+            const QString element = upper(xml.name());
             switch (where) {
             case Where::Outside:
                 if (element != u"ADX")
@@ -428,12 +451,15 @@ AdifLog readAdx(QByteArrayView bytes)
             }
         } else if (token == QXmlStreamReader::EndElement) {
             switch (where) {
-            case Where::Record:
-                if (!fields.isEmpty())
+            case Where::Record: {
+                const qsizetype size = fields.size();
+                if (size > 0)
                     log.records.append({std::move(fields), recordLine});
                 fields = {};
+                fields.reserve(size);
                 where = Where::Records;
                 break;
+            }
             case Where::Header:
                 log.headerEnded = true;
                 where = Where::Root;

@@ -12,6 +12,7 @@ packages=(
 test_packages=(
   clang libclang-rt-14-dev libbenchmark-dev
   xvfb xauth openbox xdotool poppler-utils fonts-liberation imagemagick
+  tzdata
 )
 
 want=("${packages[@]}")

@@ -224,7 +224,10 @@ bool ListRefresh::start()
     m_askedThisRun = 0;
     m_sinceLastStart.invalidate();
     m_runClock.start();
-    saveState();
+    // A refresh with nothing to do leaves no trace; one with work keeps its
+    // place from the start, so a crash before the first answer resumes too.
+    if (!m_queue.empty())
+        saveState();
     qCDebug(lcLogs) << "refresh of" << m_listPath << (resumed ? "resumed after" : "started") << m_savedAfter
                     << m_queue.size() << "calls to go";
     m_paceTimer.start(0);
@@ -386,9 +389,8 @@ void ListRefresh::finish(RefreshEnd end, const QString &message)
     if (!message.isEmpty())
         m_summary.message = message;
     m_summary.notReached = end == RefreshEnd::Completed ? 0 : int(m_queue.size());
-    if (end == RefreshEnd::Completed) {
+    if (end == RefreshEnd::Completed)
         QFile::remove(m_stateFile);
-    }
     qCDebug(lcLogs) << "refresh of" << m_listPath << "ended:" << summaryText(m_summary);
     emit finished(m_summary);
 }

@@ -288,10 +288,10 @@ AdifLog AdiParser::run()
         }
 
         const QByteArrayView rawName = trimmed(inside.first(colon));
-        QByteArrayView spec = inside.sliced(colon + 1);
-        const qsizetype secondColon = spec.indexOf(':');
-        const QByteArrayView lengthText = trimmed(secondColon < 0 ? spec : spec.first(secondColon));
-        const QByteArrayView typeText = secondColon < 0 ? QByteArrayView() : trimmed(spec.sliced(secondColon + 1));
+        QByteArrayView afterName = inside.sliced(colon + 1);
+        const qsizetype secondColon = afterName.indexOf(':');
+        const QByteArrayView lengthText = trimmed(secondColon < 0 ? afterName : afterName.first(secondColon));
+        const QByteArrayView typeText = secondColon < 0 ? QByteArrayView() : trimmed(afterName.sliced(secondColon + 1));
         const bool digits = !lengthText.isEmpty()
             && std::all_of(lengthText.begin(), lengthText.end(), [](char c) { return c >= '0' && c <= '9'; });
         if (!digits) {

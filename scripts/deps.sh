@@ -15,6 +15,7 @@ test_packages=(
   clang libclang-rt-14-dev libbenchmark-dev
   xvfb xauth openbox xdotool poppler-utils fonts-liberation imagemagick
   dbus-daemon gnome-keyring
+  tzdata
 )
 
 want=("${packages[@]}")

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/CliCommands.h"
 
+#include "cli/AdifCommands.h"
 #include "cli/LookupCommands.h"
 #include "cli/ShareCommands.h"
 
@@ -120,6 +121,10 @@ const QHash<QString, Command> &commands()
         {QStringLiteral("list-text"), {1, QStringLiteral("list-text LIST"), listText}},
         {QStringLiteral("read-service"), {3, QStringLiteral("read-service SERVICE CALLSIGN FILE"), readService}},
         {QStringLiteral("clear-cache"), {0, QStringLiteral("clear-cache"), clearCache}},
+        {QStringLiteral("import-adif"), {2, QStringLiteral("import-adif FILE LIST"), importAdif}},
+        {QStringLiteral("export-adif"),
+         {-1, QStringLiteral("export-adif LIST FILE [--adx] [--band BAND] [--mode MODE]"), exportAdif}},
+        {QStringLiteral("refresh"), {-1, QStringLiteral("refresh LIST [--source SOURCE]"), refresh}},
     };
     return table;
 }

@@ -10,4 +10,5 @@ Q_LOGGING_CATEGORY(lcLookup, "marvik.lookup", QtInfoMsg)
 Q_LOGGING_CATEGORY(lcMaps, "marvik.maps", QtInfoMsg)
 Q_LOGGING_CATEGORY(lcShare, "marvik.share", QtInfoMsg)
 Q_LOGGING_CATEGORY(lcI18n, "marvik.i18n", QtInfoMsg)
+Q_LOGGING_CATEGORY(lcLogs, "marvik.logs", QtInfoMsg)
 } // namespace marvik

@@ -3,6 +3,7 @@
 // menus, the list chooser, F8, and the files it leaves on disk.
 #include "support/GuiTestUtil.h"
 
+#include "core/i18n/Texts.h"
 #include "gui/app/Commands.h"
 #include "gui/app/MainCommands.h"
 #include "gui/app/CompositionRoot.h"
@@ -17,6 +18,7 @@
 #include "core/lists/CallListModel.h"
 #include "core/maps/Geometry.h"
 
+#include <QAbstractButton>
 #include <QAction>
 #include <QClipboard>
 #include <QComboBox>
@@ -694,6 +696,66 @@ private slots:
         QVERIFY(opened.isLocalFile());
         QCOMPARE(QFileInfo(opened.toLocalFile()).fileName(), QStringLiteral("Help.txt"));
         QVERIFY(readAll(opened.toLocalFile()).contains("Marvik"));
+    }
+
+    // A whole new set of texts at run time relabels every caption that comes
+    // from a text: menu bar, both context menus, the sort options, the
+    // buttons, the headings and the default list names.
+    void madeUpTextsRelabelEveryCaption()
+    {
+        QVERIFY(start());
+        const i18n::Texts english = i18n::Texts::english();
+        i18n::Texts madeUp = english;
+        for (int i = 0; i < i18n::kTextCount; ++i) {
+            const auto id = i18n::TextId(i);
+            QString text = QStringLiteral("Z%1").arg(i);
+            if (english[id].contains(u"xxx"))
+                text += u" xxx";
+            if (english[id].contains(u"???"))
+                text += u" ???";
+            madeUp[id] = text;
+        }
+        m_root->texts().setTexts(madeUp);
+
+        QMenu *menu = rowMenu(0);
+        menu->hide();
+        QCOMPARE(child<QAction>(u"mnuName"_qs)->text(), madeUp.fill(i18n::TextId::MenuName, u"DL1ABC"_qs));
+        QCOMPARE(child<QAction>(u"mnuUpdate"_qs)->text(),
+                 madeUp.fill(i18n::TextId::MenuUpdate, u"DL1ABC"_qs, u"QRZ.com"_qs));
+        QCOMPARE(child<QRadioButton>(u"optSort0"_qs)->text(), madeUp[i18n::TextId::SortByCallsign]);
+        QCOMPARE(child<QRadioButton>(u"optSort1"_qs)->text(), madeUp[i18n::TextId::SortByDateTime]);
+        QCOMPARE(child<QPushButton>(u"cmdGet"_qs)->text(), madeUp[i18n::TextId::ButtonGet]);
+        QCOMPARE(child<QLabel>(u"lblGrid3"_qs)->text(), madeUp[i18n::TextId::HeadingFullName]);
+        QCOMPARE(child<QAction>(u"mnuExpand"_qs)->text(), u"  "_qs + madeUp[i18n::TextId::MenuExpand] + u"  "_qs);
+        // List 2 had its default name; the others keep the names the user gave.
+        auto *chooser = child<QComboBox>(u"cboList"_qs);
+        QCOMPARE(chooser->itemText(1), u" "_qs + madeUp[i18n::TextId::ListWord] + u" 2  (1)"_qs);
+        QCOMPARE(chooser->itemText(0), u" DX  (4)"_qs);
+        QCOMPARE(child<QAction>(u"mnuAddTo2"_qs)->text(), chooser->itemText(1));
+
+        // No caption anywhere still holds an English text. Source names and
+        // the user's list names are names, not texts.
+        QStringList englishTexts;
+        for (int i = 0; i < i18n::kTextCount; ++i) {
+            const QString text = english[i18n::TextId(i)].section(u"xxx"_qs, 0, 0).trimmed();
+            if (text.size() >= 4)
+                englishTexts << text;
+        }
+        QStringList captions;
+        for (QAction *a : m_window->findChildren<QAction *>())
+            captions << a->text();
+        for (QWidget *w : m_window->findChildren<QWidget *>()) {
+            if (auto *b = qobject_cast<QAbstractButton *>(w))
+                captions << b->text();
+            if (auto *l = qobject_cast<QLabel *>(w))
+                captions << l->text();
+        }
+        for (int n = 0; n < chooser->count(); ++n)
+            captions << chooser->itemText(n);
+        for (const QString &caption : std::as_const(captions)) {
+            for (const QString &text : std::as_const(englishTexts))
+                QVERIFY2(!caption.contains(text), qPrintable(caption + u" holds "_qs + text));
+        }
     }
 
     void listNamesDialog()

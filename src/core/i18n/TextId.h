@@ -89,6 +89,8 @@ enum class TextId : int {
     HelpTitle,
     HelpMissing,
     PictureProgress,
+    ButtonCancel,
+    LookingUp,
     // Status line.
     NoOnlineSource,
     PageUnreadable,

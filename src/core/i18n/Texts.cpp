@@ -92,6 +92,8 @@ constexpr Builtin kEnglish[] = {
     {TextId::HelpTitle, u"Marvik Help"},
     {TextId::HelpMissing, u"The help text xxx could not be opened."},
     {TextId::PictureProgress, u"Downloading the operator's picture"},
+    {TextId::ButtonCancel, u"Cancel"},
+    {TextId::LookingUp, u"Looking up xxx on ???\u2026"},
     {TextId::NoOnlineSource, u"No online source selected"},
     {TextId::PageUnreadable, u"The page of xxx on ??? could not be read"},
     {TextId::NetworkFailure, u"xxx not found: ???"},

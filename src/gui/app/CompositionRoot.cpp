@@ -86,6 +86,7 @@ void CompositionRoot::wire()
     connect(m_lookup, &LookupController::pictureProgressDone, w, &MainWindow::hidePictureProgress);
     connect(m_session.get(), &app::Session::meChanged, m_lists.get(), &lists::ListStore::recomputeAzimuths);
     connect(m_selection.get(), &Selection::currentChanged, m_commands, &Commands::refresh);
+    connect(m_texts.get(), &i18n::CurrentTexts::changed, this, &CompositionRoot::textsChanged);
 }
 
 bool CompositionRoot::lockDataFolder()
@@ -139,10 +140,11 @@ bool CompositionRoot::startUp()
     session.setStarting(false);
     m_lists->setStarting(false);
 
+    m_listWord = (*m_texts)[TextId::ListWord];
     for (int n = 1; n <= lists::kListCount; ++n) {
         QString &name = settings.listNames[std::size_t(n - 1)];
         if (name.isEmpty())
-            name = lists::defaultListName((*m_texts)[TextId::ListWord], n);
+            name = lists::defaultListName(m_listWord, n);
         m_window->setChooserLine(n, m_lists->chooserLine(n));
     }
     // The list switch that ends the start-up.
@@ -171,6 +173,23 @@ void CompositionRoot::tellStartUpNotes(const app::StartUpNotes &notes)
         lines << m_texts->fill(TextId::ConfigUnreadable, config, notes.configProblem);
     if (!lines.isEmpty())
         messages::exclamation(m_window.get(), lines.join(QStringLiteral("\n\n")));
+}
+
+void CompositionRoot::textsChanged()
+{
+    // A list still called by its default name follows the language; a name
+    // the user gave stays.
+    const QString word = (*m_texts)[TextId::ListWord];
+    if (!m_started || word == m_listWord)
+        return;
+    for (int n = 1; n <= lists::kListCount; ++n) {
+        QString &name = m_session->settings().listNames[std::size_t(n - 1)];
+        if (name == lists::defaultListName(m_listWord, n)) {
+            name = lists::defaultListName(word, n);
+            m_window->setChooserLine(n, m_lists->chooserLine(n));
+        }
+    }
+    m_listWord = word;
 }
 
 void CompositionRoot::shutDown()

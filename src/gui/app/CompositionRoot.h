@@ -67,6 +67,7 @@ private:
     void wire();
     bool lockDataFolder();
     void tellStartUpNotes(const app::StartUpNotes &notes);
+    void textsChanged();
 
     std::unique_ptr<app::Session> m_session;
     std::unique_ptr<lists::ListStore> m_lists;
@@ -81,6 +82,8 @@ private:
     AppController *m_app = nullptr;
     ListsController *m_listsController = nullptr;
     LookupController *m_lookup = nullptr;
+    /// The word for list the default list names were made with.
+    QString m_listWord;
     bool m_started = false;
     bool m_shutDown = false;
 };

@@ -29,6 +29,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QStackedWidget>
+#include <QStatusBar>
 #include <QTimer>
 
 #include <algorithm>
@@ -181,7 +182,7 @@ void MainWindow::buildControls()
 
     m_cmdGet = new QPushButton(central);
     m_cmdGet->setObjectName(QStringLiteral("cmdGet"));
-    connect(m_cmdGet, &QPushButton::clicked, this, [this] { emit getRequested(m_txtCall->text()); });
+    connect(m_cmdGet, &QPushButton::clicked, this, &MainWindow::getClicked);
     m_cmdMap = new QPushButton(central);
     m_cmdMap->setObjectName(QStringLiteral("cmdMap"));
     QAction *map = m_commands.action(kMapCommand);
@@ -215,6 +216,20 @@ void MainWindow::buildControls()
     bold.setBold(true);
     m_lblStatus->setFont(bold);
     m_status = new StatusLine(m_lblStatus, {m_cboList, m_optSort[0], m_optSort[1]}, m_txtCall, this);
+    statusBar()->setObjectName(QStringLiteral("statusBar"));
+    statusBar()->setSizeGripEnabled(false);
+    auto *busyText = new QLabel(statusBar());
+    busyText->setObjectName(QStringLiteral("lblBusy"));
+    auto *busyBar = new QProgressBar(statusBar());
+    busyBar->setObjectName(QStringLiteral("busyIndicator"));
+    busyBar->setRange(0, 0);
+    busyBar->setTextVisible(false);
+    busyBar->setMaximumWidth(80);
+    busyBar->setMaximumHeight(12);
+    statusBar()->addWidget(busyText, 1);
+    statusBar()->addPermanentWidget(busyBar);
+    m_status->setFoot(statusBar(), busyText, busyBar);
+    connect(m_status, &StatusLine::busyChanged, this, &MainWindow::busyChanged);
 
     m_picProgress = new QProgressBar(central);
     m_picProgress->setObjectName(QStringLiteral("picProgress"));
@@ -245,7 +260,7 @@ void MainWindow::buildControls()
 void MainWindow::relabel()
 {
     m_txtCall->setPlaceholderText(m_texts[TextId::CallsignPlaceholder]);
-    m_cmdGet->setText(m_texts[TextId::ButtonGet]);
+    m_cmdGet->setText(m_texts[m_status->isBusy() ? TextId::ButtonCancel : TextId::ButtonGet]);
     m_cmdMap->setText(m_texts[TextId::ButtonMap]);
     m_optSort[0]->setText(m_texts[TextId::SortByCallsign]);
     m_optSort[1]->setText(m_texts[TextId::SortByDateTime]);
@@ -579,10 +594,30 @@ void MainWindow::blinkTick()
     }
 }
 
+// ---------------------------------------------------------------- lookups in flight
+
+void MainWindow::getClicked()
+{
+    if (m_status->isBusy())
+        emit cancelRequested();
+    else
+        emit getRequested(m_txtCall->text());
+}
+
+void MainWindow::busyChanged(bool busy)
+{
+    m_cmdGet->setText(m_texts[busy ? TextId::ButtonCancel : TextId::ButtonGet]);
+}
+
 // ---------------------------------------------------------------- keys and closing
 
 void MainWindow::keyPressEvent(QKeyEvent *event)
 {
+    if (event->key() == Qt::Key_Escape && m_status->isBusy()) {
+        emit cancelRequested();
+        event->accept();
+        return;
+    }
     if (event->key() == Qt::Key_F8) {
         m_txtCall->setText(callsign::fromClipboard(QGuiApplication::clipboard()->text()));
         emit getRequested(m_txtCall->text());

@@ -79,6 +79,8 @@ public:
 signals:
     /// Get, Enter in the callsign box, F8: the text as typed.
     void getRequested(const QString &typed);
+    /// The Get button while a lookup runs, or Escape: stop it.
+    void cancelRequested();
     /// The list chooser picked list 1..5.
     void listChosen(int list);
     /// A sort option was clicked (0 callsign, 1 date/time).
@@ -111,6 +113,8 @@ private:
     void reveal(int list, int row, bool blink);
     void blinkTick();
     void stopBlink();
+    void busyChanged(bool busy);
+    void getClicked();
 
     Commands &m_commands;
     const i18n::CurrentTexts &m_texts;

@@ -3,6 +3,8 @@
 
 #include <QApplication>
 #include <QLabel>
+#include <QProgressBar>
+#include <QStatusBar>
 #include <QTimer>
 
 namespace marvik::gui {
@@ -10,6 +12,8 @@ namespace marvik::gui {
 namespace {
 // How long an alarm stays before the status line goes back to rest.
 constexpr int kAlarmMs = 4000;
+// How long a quiet note stays at the window's foot.
+constexpr int kNoteMs = 8000;
 } // namespace
 
 StatusLine::StatusLine(QLabel *label, QList<QWidget *> covered, QWidget *focus, QObject *parent)
@@ -79,6 +83,51 @@ bool StatusLine::isShowing() const
 QString StatusLine::text() const
 {
     return m_label->text();
+}
+
+void StatusLine::setFoot(QStatusBar *bar, QLabel *busyText, QProgressBar *busyBar)
+{
+    m_foot = bar;
+    m_busyText = busyText;
+    m_busyBar = busyBar;
+    m_busyText->hide();
+    m_busyBar->hide();
+}
+
+void StatusLine::busy(const QString &text)
+{
+    if (m_busyText) {
+        m_busyText->setText(text);
+        m_busyText->show();
+        m_busyBar->show();
+    }
+    if (!m_busy) {
+        m_busy = true;
+        emit busyChanged(true);
+    }
+}
+
+void StatusLine::idle()
+{
+    if (m_busyText) {
+        m_busyText->hide();
+        m_busyBar->hide();
+    }
+    if (m_busy) {
+        m_busy = false;
+        emit busyChanged(false);
+    }
+}
+
+void StatusLine::note(const QString &text)
+{
+    if (m_foot)
+        m_foot->showMessage(text, kNoteMs);
+}
+
+QString StatusLine::noteText() const
+{
+    return m_foot ? m_foot->currentMessage() : QString();
 }
 
 } // namespace marvik::gui

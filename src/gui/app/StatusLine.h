@@ -6,6 +6,8 @@
 #include <QString>
 
 class QLabel;
+class QProgressBar;
+class QStatusBar;
 class QTimer;
 class QWidget;
 
@@ -35,7 +37,24 @@ public:
     bool isShowing() const;
     QString text() const;
 
+    /// The bar at the window's foot: where quiet notes and the work in
+    /// progress show, without hiding the chooser.
+    void setFoot(QStatusBar *bar, QLabel *busyText, QProgressBar *busyBar);
+    /// Something is under way that the user may cancel (a lookup): a busy
+    /// indicator with `text`, and the Get button offers to cancel.
+    void busy(const QString &text);
+    /// The work has ended.
+    void idle();
+    bool isBusy() const { return m_busy; }
+    /// A quiet note at the window's foot for a few seconds: no colour, no
+    /// beep, the chooser stays.
+    void note(const QString &text);
+    QString noteText() const;
+
     QTimer *timer() const { return m_timer; }
+
+signals:
+    void busyChanged(bool busy);
 
 private:
     void setAlarmLook(bool alarm);
@@ -44,6 +63,10 @@ private:
     QList<QPointer<QWidget>> m_covered;
     QPointer<QWidget> m_focus;
     QTimer *m_timer;
+    QPointer<QStatusBar> m_foot;
+    QPointer<QLabel> m_busyText;
+    QPointer<QProgressBar> m_busyBar;
+    bool m_busy = false;
 };
 
 } // namespace marvik::gui

@@ -1,0 +1,15 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+# Fails when one of FILES needs a shared library matching FORBIDDEN.
+foreach(file IN LISTS FILES)
+  execute_process(COMMAND readelf -d ${file} OUTPUT_VARIABLE dynamic RESULT_VARIABLE rc)
+  if(NOT rc EQUAL 0)
+    message(FATAL_ERROR "readelf failed on ${file}")
+  endif()
+  string(REGEX MATCHALL "\\[[^]]*\\]" needed "${dynamic}")
+  foreach(lib IN LISTS needed)
+    if(lib MATCHES "${FORBIDDEN}")
+      message(FATAL_ERROR "${file} needs ${lib}")
+    endif()
+  endforeach()
+  message(STATUS "${file}: no ${FORBIDDEN}")
+endforeach()

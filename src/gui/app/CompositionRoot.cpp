@@ -14,6 +14,7 @@
 #include "gui/app/Selection.h"
 #include "gui/lists/ListsController.h"
 #include "gui/lookup/LookupController.h"
+#include "gui/maps/MapController.h"
 
 #include <QAction>
 #include <QDir>
@@ -51,6 +52,7 @@ CompositionRoot::~CompositionRoot()
 {
     // Controllers hold references to the window's status line and the
     // network manager; they go first.
+    delete m_map;
     delete m_lookup;
     delete m_listsController;
     delete m_app;
@@ -63,6 +65,10 @@ void CompositionRoot::wire()
     m_listsController = new ListsController(*m_lists, *m_session, *m_selection, *m_texts, *m_commands, w, this);
     m_lookup = new LookupController(*m_lists, *m_session, *m_selection, w->statusLine(), *m_texts, *m_commands,
                                     *m_network, *m_jar, w, this);
+
+    // Maps.
+    m_map = new MapController(*m_session, *m_selection, *m_texts, *m_commands, this);
+    connect(w, &MainWindow::rowMouseUp, m_map, &MapController::rowClicked);
 
     connect(w, &MainWindow::getRequested, m_lookup, &LookupController::get);
     connect(w, &MainWindow::thumbnailClicked, m_lookup, &LookupController::showThumbnailPicture);
@@ -198,6 +204,7 @@ void CompositionRoot::shutDown()
         return;
     m_shutDown = true;
     m_lookup->closeWindows();
+    m_map->closeWindow();
 
     if (const std::optional<app::Placement> place = m_window->placementToKeep())
         m_session->savePlacement(*place);

@@ -7,6 +7,7 @@
 #include "gui/app/CompositionRoot.h"
 #include "gui/app/MainWindow.h"
 #include "gui/lookup/LoginWindow.h"
+#include "gui/web/WebView.h"
 #include "gui/lookup/LookupController.h"
 #include "core/app/Config.h"
 #include "core/lookup/CookieJar.h"
@@ -85,6 +86,8 @@ private slots:
         action->trigger();
         QPointer<gui::LoginWindow> browser = controller->loginWindow();
         QVERIFY(browser);
+        // The browser came with the web module, loaded just now.
+        QVERIFY(gui::isWebModuleLoaded());
         QVERIFY(browser->isVisible());
         QTRY_VERIFY_WITH_TIMEOUT(server.hits(QStringLiteral("/db/")) >= 1, 20000);
         QVERIFY(server.cookies().at(server.requests().indexOf(QStringLiteral("/db/"))).contains("kept=1"));

@@ -9,6 +9,7 @@
 #include "gui/app/CompositionRoot.h"
 #include "gui/app/MainWindow.h"
 #include "gui/app/Selection.h"
+#include "gui/web/WebView.h"
 #include "core/app/Session.h"
 #include "core/lists/ListStore.h"
 #include "core/lookup/LookUp.h"
@@ -211,6 +212,19 @@ private slots:
         QCOMPARE(m_window->minimumSize(), QSize(300, 200));
         QCOMPARE(m_window->maximumWidth(), 614);
         QCOMPARE(m_window->size(), QSize(400, 466));
+    }
+
+    // Starting Marvik neither loads nor starts the web engine: only a web
+    // window's first opening does.
+    void startingLoadsNoWebEngine()
+    {
+        QVERIFY(start());
+        QVERIFY(!gui::isWebModuleLoaded());
+        QFile maps(u"/proc/self/maps"_qs);
+        QVERIFY(maps.open(QIODevice::ReadOnly));
+        const QByteArray mapped = maps.readAll();
+        QVERIFY(!mapped.contains("libQt6WebEngine"));
+        QVERIFY(!mapped.contains("libmarvik_web"));
     }
 
     void currentListFromTheFile_data()

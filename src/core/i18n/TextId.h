@@ -90,6 +90,7 @@ enum class TextId : int {
     HelpMissing,
     PictureProgress,
     ButtonCancel,
+    WebUnavailable,
     LookingUp,
     // Status line.
     NoOnlineSource,

@@ -93,6 +93,7 @@ constexpr Builtin kEnglish[] = {
     {TextId::HelpMissing, u"The help text xxx could not be opened."},
     {TextId::PictureProgress, u"Downloading the operator's picture"},
     {TextId::ButtonCancel, u"Cancel"},
+    {TextId::WebUnavailable, u"The web view is not available: xxx"},
     {TextId::LookingUp, u"Looking up xxx on ???\u2026"},
     {TextId::NoOnlineSource, u"No online source selected"},
     {TextId::PageUnreadable, u"The page of xxx on ??? could not be read"},

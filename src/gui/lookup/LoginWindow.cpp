@@ -1,17 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "gui/lookup/LoginWindow.h"
 
-#include "gui/lookup/CookieBridge.h"
+#include "core/i18n/Texts.h"
+#include "gui/web/WebView.h"
 
 #include <QCloseEvent>
 #include <QVBoxLayout>
-#include <QWebEnginePage>
-#include <QWebEngineProfile>
-#include <QWebEngineView>
 
 namespace marvik::gui {
 
-LoginWindow::LoginWindow(const QUrl &site, lookup::CookieJar *jar, QWidget *parent)
+LoginWindow::LoginWindow(const QUrl &site, lookup::CookieJar *jar, QWidget *parent, const i18n::CurrentTexts *texts)
     : QWidget(parent, Qt::Window)
 {
     setObjectName(QStringLiteral("frmLogin"));
@@ -19,19 +17,11 @@ LoginWindow::LoginWindow(const QUrl &site, lookup::CookieJar *jar, QWidget *pare
     setWindowTitle(QStringLiteral("Marvik - %1").arg(site.host()));
     resize(900, 700);
 
-    // An off-the-record profile: the cookies live in Marvik's jar, which the
-    // bridge fills the profile from and writes back to; nothing else of the
-    // browsing is kept.
-    m_profile = new QWebEngineProfile(this);
-    m_profile->setHttpCacheType(QWebEngineProfile::MemoryHttpCache);
-    m_profile->setPersistentCookiesPolicy(QWebEngineProfile::NoPersistentCookies);
-    m_bridge = new CookieBridge(m_profile->cookieStore(), jar, this);
-
-    m_view = new QWebEngineView(this);
+    m_view = new WebView(*jar, this);
     m_view->setObjectName(QStringLiteral("webLogin"));
-    auto *page = new QWebEnginePage(m_profile, m_view);
-    m_view->setPage(page);
-    connect(page, &QWebEnginePage::titleChanged, this, [this, site](const QString &title) {
+    const i18n::Texts english = i18n::Texts::english();
+    m_view->setUnavailableText(texts ? (*texts)[i18n::TextId::WebUnavailable] : english[i18n::TextId::WebUnavailable]);
+    connect(m_view, &WebView::titleChanged, this, [this, site](const QString &title) {
         setWindowTitle(QStringLiteral("Marvik - %1").arg(title.isEmpty() ? site.host() : title));
     });
 
@@ -39,12 +29,6 @@ LoginWindow::LoginWindow(const QUrl &site, lookup::CookieJar *jar, QWidget *pare
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(m_view);
     m_view->load(site);
-}
-
-LoginWindow::~LoginWindow()
-{
-    // The page must go before the profile it was made with.
-    delete m_view;
 }
 
 void LoginWindow::closeEvent(QCloseEvent *event)

@@ -4,29 +4,30 @@
 #include <QUrl>
 #include <QWidget>
 
-class QWebEngineProfile;
-class QWebEngineView;
-
+namespace marvik::i18n {
+class CurrentTexts;
+}
 namespace marvik::lookup {
 class CookieJar;
 }
 
 namespace marvik::gui {
 
-class CookieBridge;
+class WebView;
 
-/// A browser window on a callbook's site, for logging in. It keeps no
-/// cookies of its own: it starts from Marvik's cookie jar and gives back to
-/// it whatever the site sets, so the lookups see the log-in.
+/// A browser window on a callbook's site, for logging in. Its browser uses
+/// the program's one web profile, whose cookies are kept in step with
+/// Marvik's cookie jar, so a log-in made here holds for the lookups and
+/// survives a restart.
 class LoginWindow : public QWidget
 {
     Q_OBJECT
 
 public:
-    LoginWindow(const QUrl &site, lookup::CookieJar *jar, QWidget *parent = nullptr);
-    ~LoginWindow() override;
+    LoginWindow(const QUrl &site, lookup::CookieJar *jar, QWidget *parent = nullptr,
+                const i18n::CurrentTexts *texts = nullptr);
 
-    QWebEngineView *view() const { return m_view; }
+    WebView *view() const { return m_view; }
 
 signals:
     /// The window has closed; the log-in state may have changed.
@@ -36,9 +37,7 @@ protected:
     void closeEvent(QCloseEvent *event) override;
 
 private:
-    QWebEngineProfile *m_profile = nullptr;
-    QWebEngineView *m_view = nullptr;
-    CookieBridge *m_bridge = nullptr;
+    WebView *m_view = nullptr;
 };
 
 } // namespace marvik::gui

@@ -1,28 +1,25 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "gui/lookup/CookieBridge.h"
+#include "web/CookieBridge.h"
 
-#include "core/app/Log.h"
-#include "core/lookup/CookieJar.h"
-
-#include <QPointer>
+#include <QNetworkCookieJar>
 #include <QWebEngineCookieStore>
 
-namespace marvik::gui {
+namespace marvik::web {
 
-CookieBridge::CookieBridge(QWebEngineCookieStore *store, lookup::CookieJar *jar, QObject *parent)
+CookieBridge::CookieBridge(QWebEngineCookieStore *store, QNetworkCookieJar *jar,
+                           const QList<QNetworkCookie> &cookies, QObject *parent)
     : QObject(parent)
     , m_jar(jar)
 {
-    QPointer<lookup::CookieJar> guard(jar);
-    connect(store, &QWebEngineCookieStore::cookieAdded, this, [guard](const QNetworkCookie &cookie) {
-        if (guard)
-            takeAdded(*guard, cookie);
+    connect(store, &QWebEngineCookieStore::cookieAdded, this, [this](const QNetworkCookie &cookie) {
+        if (m_jar)
+            takeAdded(*m_jar, cookie);
     });
-    connect(store, &QWebEngineCookieStore::cookieRemoved, this, [guard](const QNetworkCookie &cookie) {
-        if (guard)
-            takeRemoved(*guard, cookie);
+    connect(store, &QWebEngineCookieStore::cookieRemoved, this, [this](const QNetworkCookie &cookie) {
+        if (m_jar)
+            takeRemoved(*m_jar, cookie);
     });
-    for (const QNetworkCookie &cookie : jar->cookies())
+    for (const QNetworkCookie &cookie : cookies)
         store->setCookie(cookie, originOf(cookie));
 }
 
@@ -38,20 +35,19 @@ QUrl CookieBridge::originOf(const QNetworkCookie &cookie)
     return origin;
 }
 
-void CookieBridge::takeAdded(lookup::CookieJar &jar, const QNetworkCookie &cookie)
+void CookieBridge::takeAdded(QNetworkCookieJar &jar, const QNetworkCookie &cookie)
 {
     // The browser reports each cookie with its domain already resolved; a
     // host-only cookie has no leading dot, which the jar matches exactly.
     if (cookie.domain().isEmpty() || cookie.name().isEmpty())
         return;
-    qCDebug(lcLookup) << "browser cookie" << cookie.name() << "for" << cookie.domain();
     // insertCookie replaces a cookie of the same name, domain and path.
     jar.insertCookie(cookie);
 }
 
-void CookieBridge::takeRemoved(lookup::CookieJar &jar, const QNetworkCookie &cookie)
+void CookieBridge::takeRemoved(QNetworkCookieJar &jar, const QNetworkCookie &cookie)
 {
     jar.deleteCookie(cookie);
 }
 
-} // namespace marvik::gui
+} // namespace marvik::web

@@ -55,7 +55,11 @@ bool toWindows1252(QStringView text, QByteArray &out)
 
 QString decodeTextFile(QByteArrayView bytes)
 {
-    if (bytes.startsWith(QByteArrayView(kUtf8Bom)))
+    // A byte-order mark before text that is not UTF-8 was never written as
+    // UTF-8: it is a Windows-1252 file whose text begins with "ï»¿". Read as
+    // UTF-8 its letters would turn into replacement characters for good;
+    // Windows-1252 takes every byte back unchanged.
+    if (bytes.startsWith(QByteArrayView(kUtf8Bom)) && isValidUtf8(bytes.sliced(3)))
         return QString::fromUtf8(bytes.sliced(3));
     return fromWindows1252(bytes);
 }
@@ -63,9 +67,52 @@ QString decodeTextFile(QByteArrayView bytes)
 QByteArray encodeTextFile(QStringView text)
 {
     QByteArray bytes;
-    if (toWindows1252(text, bytes))
+    // A Windows-1252 file must never begin with the bytes of a byte-order
+    // mark, which every reader takes for UTF-8: such a text is written as
+    // UTF-8 with a mark of its own.
+    if (toWindows1252(text, bytes) && !bytes.startsWith(kUtf8Bom))
         return bytes;
     return QByteArray(kUtf8Bom) + text.toUtf8();
+}
+
+bool isValidUtf8(QByteArrayView bytes)
+{
+    qsizetype i = 0;
+    const qsizetype n = bytes.size();
+    while (i < n) {
+        const auto c = static_cast<unsigned char>(bytes[i]);
+        int more = 0;
+        char32_t code = 0;
+        if (c < 0x80) {
+            ++i;
+            continue;
+        } else if (c >= 0xC2 && c <= 0xDF) {
+            more = 1;
+            code = c & 0x1F;
+        } else if (c >= 0xE0 && c <= 0xEF) {
+            more = 2;
+            code = c & 0x0F;
+        } else if (c >= 0xF0 && c <= 0xF4) {
+            more = 3;
+            code = c & 0x07;
+        } else {
+            return false;
+        }
+        for (int k = 1; k <= more; ++k) {
+            if (i + k >= n)
+                return false;
+            const auto next = static_cast<unsigned char>(bytes[i + k]);
+            if ((next & 0xC0) != 0x80)
+                return false;
+            code = (code << 6) | (next & 0x3F);
+        }
+        // Overlong forms, surrogates and code points past U+10FFFF.
+        if ((more == 2 && code < 0x800) || (more == 3 && (code < 0x10000 || code > 0x10FFFF))
+            || (code >= 0xD800 && code <= 0xDFFF))
+            return false;
+        i += more + 1;
+    }
+    return true;
 }
 
 } // namespace marvik::app

@@ -16,13 +16,19 @@ QString fromWindows1252(QByteArrayView bytes);
 /// a character has no place in the code page, so nothing is replaced silently.
 bool toWindows1252(QStringView text, QByteArray &out);
 
-/// How a text file of Marvik's is decoded: a UTF-8 byte-order mark means
-/// UTF-8 (the writers' fallback for texts Windows-1252 cannot hold), anything
-/// else is Windows-1252.
+/// How a text file of Marvik's is decoded: a UTF-8 byte-order mark before
+/// well-formed UTF-8 means UTF-8 (the writers' fallback for texts
+/// Windows-1252 cannot hold); anything else is Windows-1252, which takes
+/// every byte back unchanged.
 QString decodeTextFile(QByteArrayView bytes);
 
+/// True when the bytes are well-formed UTF-8 (no overlong forms, no
+/// surrogates), so decoding them loses nothing.
+bool isValidUtf8(QByteArrayView bytes);
+
 /// The bytes a text file of Marvik's is written as: Windows-1252 when every
-/// character fits, else UTF-8 behind a byte-order mark.
+/// character fits and the bytes do not begin like a byte-order mark, else
+/// UTF-8 behind a byte-order mark.
 QByteArray encodeTextFile(QStringView text);
 
 } // namespace marvik::app

@@ -4,7 +4,19 @@
 #include "core/app/TextCodec.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QSaveFile>
+#include <QStorageInfo>
+
+#include <atomic>
+#include <cerrno>
+#include <cstring>
+
+#ifdef Q_OS_UNIX
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
 
 namespace marvik::app {
 
@@ -59,16 +71,100 @@ qsizetype countLines(QByteArrayView bytes)
     return lines;
 }
 
+namespace {
+
+/// Why a write failed, in words a user can act on: a full disk is named as
+/// such (the system's own text for it is often "Unknown error").
+QString writeFailure(const QString &path, const QString &systemText, qint64 needed, int error)
+{
+    const QStorageInfo disk(QFileInfo(path).absolutePath());
+    bool full = error == ENOSPC;
+#ifdef EDQUOT
+    full = full || error == EDQUOT;
+#endif
+    if (full || (disk.isValid() && disk.bytesAvailable() < needed + 4096))
+        return QStringLiteral("the disk is full");
+    return systemText;
+}
+
+#ifdef Q_OS_UNIX
+QString systemError(int error)
+{
+    return QString::fromLocal8Bit(std::strerror(error));
+}
+
+/// Writes the bytes to a new file beside `path`, syncs it, renames it over
+/// `path` and syncs the folder, so that after a power cut the file is either
+/// the old one or the new one, whole.
+bool writeDurably(const QString &path, const QByteArray &bytes, QString *errorString)
+{
+    const QByteArray target = QFile::encodeName(path);
+    const QByteArray folder = QFile::encodeName(QFileInfo(path).absolutePath());
+    static std::atomic<int> counter{0};
+    const QByteArray temp = target + ".tmp-" + QByteArray::number(qint64(::getpid())) + '-'
+                            + QByteArray::number(counter++);
+    const auto fail = [&](int error, const QByteArray &remove) {
+        if (errorString)
+            *errorString = writeFailure(path, systemError(error), bytes.size(), error);
+        if (!remove.isEmpty())
+            ::unlink(remove.constData());
+        return false;
+    };
+    // A new file gets the usual permissions (the umask applies); a replaced
+    // one keeps the permissions it had (the cookie jar's are owner-only).
+    const int fd = ::open(temp.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (fd < 0)
+        return fail(errno, {});
+    struct stat old {};
+    if (::stat(target.constData(), &old) == 0)
+        ::fchmod(fd, old.st_mode & 07777);
+    qsizetype done = 0;
+    while (done < bytes.size()) {
+        const ssize_t n = ::write(fd, bytes.constData() + done, size_t(bytes.size() - done));
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n <= 0) {
+            const int error = n < 0 ? errno : ENOSPC;
+            ::close(fd);
+            return fail(error, temp);
+        }
+        done += n;
+    }
+    if (::fsync(fd) != 0) {
+        const int error = errno;
+        ::close(fd);
+        return fail(error, temp);
+    }
+    if (::close(fd) != 0)
+        return fail(errno, temp);
+    if (::rename(temp.constData(), target.constData()) != 0)
+        return fail(errno, temp);
+    // The rename itself lives in the folder.
+    const int dir = ::open(folder.constData(), O_RDONLY | O_DIRECTORY);
+    if (dir >= 0) {
+        ::fsync(dir);
+        ::close(dir);
+    }
+    return true;
+}
+#endif
+
+} // namespace
+
 bool writeFileAtomically(const QString &path, const QByteArray &bytes, QString *errorString)
 {
+#ifdef Q_OS_UNIX
+    return writeDurably(path, bytes, errorString);
+#else
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
         if (errorString)
-            *errorString = file.errorString();
+            *errorString = writeFailure(path, file.errorString(), bytes.size(), 0);
         file.cancelWriting();
         return false;
     }
     return true;
+#endif
 }
 
 bool writeTextLines(const QString &path, const QStringList &lines, QString *errorString)

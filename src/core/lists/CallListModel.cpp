@@ -4,29 +4,16 @@
 #include "core/app/Callsign.h"
 #include "core/app/Number.h"
 #include "core/app/TextFile.h"
-#include "core/app/DataFolder.h"
+#include "core/lists/Thumbnails.h"
 
 #include <QDateTime>
 #include <QDir>
-#include <QImageReader>
-#include <QSet>
+#include <QFileInfo>
 
 #include <algorithm>
 #include <vector>
 
 namespace marvik::lists {
-
-namespace {
-
-QImage readThumbnail(const QString &path)
-{
-    // Thumbnails are bitmaps behind a ".jpg" name; trust the content.
-    QImageReader reader(path);
-    reader.setDecideFormatFromContent(true);
-    return reader.read();
-}
-
-} // namespace
 
 QString azimuthOf(const maps::DistanceFromMe &fromMe, const CallRecord &row)
 {
@@ -38,10 +25,174 @@ QString azimuthOf(const maps::DistanceFromMe &fromMe, const CallRecord &row)
     return maps::azimuthText(fromMe.bearing(lat, lon).degrees);
 }
 
+namespace {
+
+QString azimuthOfStored(const maps::DistanceFromMe &fromMe, const StoredRow &row)
+{
+    const double lat = app::val(row.field(Column::Latitude));
+    const double lon = app::val(row.field(Column::Longitude));
+    if (lat == 0 || lon == 0)
+        return {};
+    return maps::azimuthText(fromMe.bearing(lat, lon).degrees);
+}
+
+// The picture beside a thumbnail: Images/<name>.jpg for Images/Thumbs/<name>.jpg.
+QString pictureOf(const QString &thumbnail)
+{
+    const QFileInfo thumb(thumbnail);
+    return QFileInfo(thumb.path()).path() + u'/' + thumb.fileName();
+}
+
+} // namespace
+
+QColor colourOf(CellMark mark)
+{
+    switch (mark) {
+    case CellMark::Nickname: return kNicknameColour;
+    case CellMark::Paste: return kMarkColour;
+    case CellMark::Blink: return kBlinkColour;
+    case CellMark::None: break;
+    }
+    return {};
+}
+
+CellMark markOf(const QColor &colour)
+{
+    if (colour == kNicknameColour)
+        return CellMark::Nickname;
+    if (colour == kMarkColour)
+        return CellMark::Paste;
+    if (colour == kBlinkColour)
+        return CellMark::Blink;
+    return CellMark::None;
+}
+
+// ---------------------------------------------------------------- StoredRow
+
+QStringView StoredRow::field(Column column) const
+{
+    const int c = int(column);
+    const quint32 start = c == 0 ? 0 : m_end[std::size_t(c - 1)];
+    return QStringView(m_text).sliced(start, m_end[std::size_t(c)] - start);
+}
+
+void StoredRow::setField(Column column, QStringView text)
+{
+    setFields(&text, 1, int(column));
+}
+
+void StoredRow::setFields(const QStringView *fields, int count, int from)
+{
+    std::array<QStringView, kColumnCount> all;
+    for (int c = 0; c < kColumnCount; ++c)
+        all[std::size_t(c)] = c >= from && c < from + count ? fields[c - from] : field(Column(c));
+    qsizetype size = 0;
+    for (const QStringView f : all)
+        size += f.size();
+    QString text;
+    text.reserve(size);
+    for (int c = 0; c < kColumnCount; ++c) {
+        text += all[std::size_t(c)];
+        m_end[std::size_t(c)] = quint32(text.size());
+    }
+    m_text = std::move(text);
+}
+
+// ---------------------------------------------------------------- reading
+
+ParsedList readListFile(const QString &path, const LoadContext &context)
+{
+    ParsedList parsed;
+    parsed.thumbnails = ThumbnailIndex::forFolder(context.thumbsDir);
+    LoadReport &report = parsed.report;
+    const app::TextFileContent content = app::readTextFile(path);
+    if (!content.ok) {
+        report.errorString = content.errorString;
+        return parsed;
+    }
+    report.opened = true;
+    const QStringView text = content.text;
+    const QString now = context.now.isEmpty() ? timeStamp(QDateTime::currentDateTime()) : context.now;
+    const maps::DistanceFromMe fromMe(context.me);
+
+    std::array<QStringView, kColumnCount> fields;
+    qsizetype start = 0;
+    const qsizetype n = text.size();
+    while (start < n) {
+        qsizetype end = start;
+        while (end < n && text[end] != u'\r' && text[end] != u'\n')
+            ++end;
+        const QStringView line = text.sliced(start, end - start);
+        start = end;
+        if (start < n && text[start] == u'\r')
+            ++start;
+        // CR LF, or a lone CR or LF, ends a line.
+        if (start < n && text[start] == u'\n')
+            ++start;
+
+        ++report.lines;
+        // An empty line splits into no fields at all.
+        int count = 0;
+        if (!line.isEmpty()) {
+            qsizetype from = 0;
+            while (count < kColumnCount) {
+                const qsizetype star = line.indexOf(u'*', from);
+                if (star < 0) {
+                    fields[std::size_t(count++)] = line.sliced(from);
+                    break;
+                }
+                fields[std::size_t(count++)] = line.sliced(from, star - from);
+                from = star + 1;
+            }
+        }
+
+        StoredRow row;
+        QString plainCall;
+        if (count > 0)
+            plainCall = callsign::plainZero(fields[0].toString());
+        std::array<QStringView, kColumnCount> values{};
+        values[0] = plainCall;
+        for (int c = 1; c < count && c <= int(Column::Longitude); ++c)
+            values[std::size_t(c)] = fields[std::size_t(c)];
+        if (count > int(Column::TimeStamp)) {
+            const QStringView stamp = fields[int(Column::TimeStamp)];
+            values[int(Column::TimeStamp)] = stamp.isEmpty() ? QStringView(now) : stamp;
+        }
+        if (count > int(Column::Extra))
+            values[int(Column::Extra)] = fields[int(Column::Extra)];
+        if (count < kColumnCount) {
+            // The damaged line stops the load; the fields it gave are kept.
+            row.setFields(values.data(), kColumnCount);
+            parsed.rows.append(std::move(row));
+            parsed.partialFields = count;
+            report.badLine = report.lines;
+            break;
+        }
+
+        const QString azimuth = [&] {
+            const double lat = app::val(values[int(Column::Latitude)]);
+            const double lon = app::val(values[int(Column::Longitude)]);
+            return lat == 0 || lon == 0 ? QString() : maps::azimuthText(fromMe.bearing(lat, lon).degrees);
+        }();
+        values[int(Column::Azimuth)] = azimuth;
+        row.setFields(values.data(), kColumnCount);
+        if (isNicknameAtLoad(row.fieldText(Column::FullName), row.fieldText(Column::FirstName)))
+            row.firstNameMark = CellMark::Nickname;
+        // The thumbnail goes by the callsign as the file has it, slashed zero and all.
+        row.thumbnail = parsed.thumbnails->find(callsign::fileName(fields[0].toString()));
+        parsed.rows.append(std::move(row));
+    }
+    return parsed;
+}
+
+// ---------------------------------------------------------------- model
+
 CallListModel::CallListModel(QObject *parent)
     : QAbstractTableModel(parent)
 {
 }
+
+CallListModel::~CallListModel() = default;
 
 int CallListModel::rowCount(const QModelIndex &parent) const
 {
@@ -57,49 +208,102 @@ QVariant CallListModel::data(const QModelIndex &index, int role) const
 {
     if (!index.isValid() || index.row() >= m_rows.size() || index.column() >= kColumnCount)
         return {};
-    const CallRecord &r = m_rows.at(index.row());
+    const StoredRow &r = m_rows.at(index.row());
     const auto column = Column(index.column());
+    const CellMark mark = column == Column::Callsign    ? r.callsignMark
+                          : column == Column::FirstName ? r.firstNameMark
+                                                        : CellMark::None;
     switch (role) {
-    case Qt::DisplayRole:
+    case Qt::DisplayRole: {
+        // A field of megabytes would be laid out at every paint; the cell
+        // shows its start, the row keeps it whole.
+        const QStringView text = r.field(column);
+        if (text.size() <= kShownCharacters)
+            return text.toString();
+        return QString(text.left(kShownCharacters).toString() + QChar(0x2026));
+    }
     case Qt::EditRole:
-        return r[column];
+        return r.fieldText(column);
     case Qt::TextAlignmentRole:
-        return column == Column::Azimuth ? int(Qt::AlignRight | Qt::AlignVCenter) : int(Qt::AlignLeft | Qt::AlignVCenter);
+        return column == Column::Azimuth ? int(Qt::AlignRight | Qt::AlignVCenter)
+                                         : int(Qt::AlignLeft | Qt::AlignVCenter);
     case Qt::BackgroundRole:
-        if (column == Column::Callsign && r.callsignBack.isValid())
-            return r.callsignBack;
-        if (column == Column::FirstName && r.firstNameBack.isValid())
-            return r.firstNameBack;
+        return mark == CellMark::None ? QVariant() : QVariant(colourOf(mark));
+    case Qt::ForegroundRole:
+        // The marks are light colours; their text stays dark on a dark theme.
+        if (mark == CellMark::Nickname || mark == CellMark::Paste)
+            return QColor(Qt::black);
+        if (mark == CellMark::Blink)
+            return QColor(Qt::white);
         return {};
     case ThumbnailPathRole:
-        return column == Column::FirstName ? QVariant(r.thumbnail) : QVariant();
-    case ThumbnailRole: {
-        if (column != Column::FirstName || r.thumbnail.isEmpty())
+        return column == Column::FirstName && m_thumbnails ? QVariant(m_thumbnails->path(r.thumbnail)) : QVariant();
+    case PicturePathRole:
+        if (column != Column::FirstName || !m_thumbnails || r.thumbnail < 0)
             return {};
-        auto it = m_thumbnailCache.find(r.thumbnail);
-        if (it == m_thumbnailCache.end())
-            it = m_thumbnailCache.insert(r.thumbnail, readThumbnail(r.thumbnail));
-        return *it;
-    }
+        return pictureOf(m_thumbnails->path(r.thumbnail));
+    case ThumbnailRole:
+        if (column != Column::FirstName || !m_thumbnails || r.thumbnail < 0)
+            return {};
+        return thumbnailCache::image(m_thumbnails->path(r.thumbnail));
     default:
         return {};
     }
 }
 
+CallRecord CallListModel::record(int row) const
+{
+    CallRecord out;
+    if (row < 0 || row >= m_rows.size())
+        return out;
+    const StoredRow &r = m_rows.at(row);
+    for (int c = 0; c < kColumnCount; ++c)
+        out.fields[std::size_t(c)] = r.fieldText(Column(c));
+    out.callsignBack = colourOf(r.callsignMark);
+    out.firstNameBack = colourOf(r.firstNameMark);
+    if (m_thumbnails)
+        out.thumbnail = m_thumbnails->path(r.thumbnail);
+    return out;
+}
+
+QString CallListModel::field(int row, Column column) const
+{
+    return row >= 0 && row < m_rows.size() ? m_rows.at(row).fieldText(column) : QString();
+}
+
 int CallListModel::findCallsign(const QString &callsign) const
 {
     for (int i = 0; i < m_rows.size(); ++i) {
-        if (m_rows[i][Column::Callsign] == callsign)
+        if (m_rows[i].field(Column::Callsign) == callsign)
             return i;
     }
     return -1;
 }
 
-void CallListModel::setRecords(QList<CallRecord> rows)
+StoredRow CallListModel::toStored(const CallRecord &record)
+{
+    StoredRow row;
+    std::array<QStringView, kColumnCount> values;
+    for (int c = 0; c < kColumnCount; ++c)
+        values[std::size_t(c)] = record.fields[std::size_t(c)];
+    row.setFields(values.data(), kColumnCount);
+    row.callsignMark = markOf(record.callsignBack);
+    row.firstNameMark = markOf(record.firstNameBack);
+    if (!record.thumbnail.isEmpty()) {
+        if (!m_thumbnails)
+            m_thumbnails = ThumbnailIndex::forFolder(QFileInfo(record.thumbnail).path());
+        row.thumbnail = m_thumbnails->fromPath(record.thumbnail);
+    }
+    return row;
+}
+
+void CallListModel::setRecords(const QList<CallRecord> &rows)
 {
     beginResetModel();
-    m_rows = std::move(rows);
-    m_thumbnailCache.clear();
+    m_rows.clear();
+    m_rows.reserve(rows.size());
+    for (const CallRecord &r : rows)
+        m_rows.append(toStored(r));
     endResetModel();
 }
 
@@ -107,7 +311,7 @@ void CallListModel::appendRecord(const CallRecord &record)
 {
     const int row = int(m_rows.size());
     beginInsertRows({}, row, row);
-    m_rows.append(record);
+    m_rows.append(toStored(record));
     endInsertRows();
 }
 
@@ -115,8 +319,9 @@ void CallListModel::replaceRecord(int row, const CallRecord &record)
 {
     if (row < 0 || row >= m_rows.size())
         return;
-    m_rows[row] = record;
-    m_thumbnailCache.remove(record.thumbnail);
+    m_rows[row] = toStored(record);
+    if (!record.thumbnail.isEmpty())
+        thumbnailCache::forget(record.thumbnail);
     refreshRow(row);
 }
 
@@ -131,32 +336,50 @@ void CallListModel::removeRecord(int row)
 
 void CallListModel::clear()
 {
-    setRecords({});
+    beginResetModel();
+    m_rows.clear();
+    endResetModel();
 }
 
 void CallListModel::setField(int row, Column column, const QString &text)
 {
     if (row < 0 || row >= m_rows.size())
         return;
-    m_rows[row][column] = text;
+    m_rows[row].setField(column, text);
     emit dataChanged(index(row, column), index(row, column));
 }
 
 void CallListModel::setCellBackground(int row, Column column, const QColor &colour)
 {
-    if (row < 0 || row >= m_rows.size())
+    if (row < 0 || row >= m_rows.size() || (column != Column::Callsign && column != Column::FirstName))
         return;
-    (column == Column::Callsign ? m_rows[row].callsignBack : m_rows[row].firstNameBack) = colour;
-    emit dataChanged(index(row, column), index(row, column), {Qt::BackgroundRole});
+    (column == Column::Callsign ? m_rows[row].callsignMark : m_rows[row].firstNameMark) = markOf(colour);
+    emit dataChanged(index(row, column), index(row, column), {Qt::BackgroundRole, Qt::ForegroundRole});
+}
+
+QColor CallListModel::cellBackground(int row, Column column) const
+{
+    if (row < 0 || row >= m_rows.size())
+        return {};
+    if (column == Column::Callsign)
+        return colourOf(m_rows[row].callsignMark);
+    if (column == Column::FirstName)
+        return colourOf(m_rows[row].firstNameMark);
+    return {};
 }
 
 void CallListModel::setThumbnail(int row, const QString &path)
 {
     if (row < 0 || row >= m_rows.size())
         return;
-    m_rows[row].thumbnail = path;
-    // A new download replaces the file under the same name.
-    m_thumbnailCache.remove(path);
+    if (!m_thumbnails && !path.isEmpty())
+        m_thumbnails = ThumbnailIndex::forFolder(QFileInfo(path).path());
+    m_rows[row].thumbnail = m_thumbnails ? m_thumbnails->fromPath(path) : -1;
+    // A new download replaces the files under the same name.
+    if (!path.isEmpty()) {
+        thumbnailCache::forget(path);
+        thumbnailCache::forget(pictureOf(path));
+    }
     emit dataChanged(index(row, Column::FirstName), index(row, Column::FirstName));
 }
 
@@ -165,8 +388,8 @@ void CallListModel::recomputeAzimuths(const maps::Position &me)
     if (m_rows.isEmpty())
         return;
     const maps::DistanceFromMe fromMe(me);
-    for (CallRecord &row : m_rows)
-        row[Column::Azimuth] = azimuthOf(fromMe, row);
+    for (StoredRow &row : m_rows)
+        row.setField(Column::Azimuth, azimuthOfStored(fromMe, row));
     emit dataChanged(index(0, Column::Azimuth), index(int(m_rows.size()) - 1, Column::Azimuth), {Qt::DisplayRole});
 }
 
@@ -175,74 +398,34 @@ void CallListModel::refreshRow(int row)
     emit dataChanged(index(row, 0), index(row, kColumnCount - 1));
 }
 
+void CallListModel::adopt(ParsedList &&parsed)
+{
+    if (!parsed.report.opened || parsed.rows.isEmpty())
+        return; // an unreadable or empty file leaves the grid as it was
+    beginResetModel();
+    if (parsed.thumbnails)
+        m_thumbnails = parsed.thumbnails;
+    if (parsed.report.badLine == 1 && !m_rows.isEmpty()) {
+        // The grid kept its first row when the file's first line was too
+        // short: the line wrote only the cells it had.
+        StoredRow merged = m_rows.first();
+        const StoredRow &line = parsed.rows.first();
+        const int count = parsed.partialFields;
+        for (int c = 0; c < std::min(count, int(Column::TimeStamp)); ++c)
+            merged.setField(Column(c), line.field(Column(c)));
+        if (count > int(Column::TimeStamp))
+            merged.setField(Column::TimeStamp, line.field(Column::TimeStamp));
+        parsed.rows.first() = merged;
+    }
+    m_rows = std::move(parsed.rows);
+    endResetModel();
+}
+
 LoadReport CallListModel::load(const QString &path, const LoadContext &context)
 {
-    LoadReport report;
-    const app::TextFileContent content = app::readTextFile(path);
-    if (!content.ok) {
-        report.errorString = content.errorString;
-        return report;
-    }
-    report.opened = true;
-    const QStringList lines = app::splitLines(content.text);
-    if (lines.isEmpty())
-        return report; // an empty file leaves the grid as it was
-
-    // One listing of the thumbnail folder instead of a look-up per row; the
-    // set holds the names less their ".jpg".
-    QSet<QString> thumbs;
-    if (!context.thumbsDir.isEmpty()) {
-        const QStringList names =
-            QDir(context.thumbsDir).entryList({QStringLiteral("*.jpg")}, QDir::Files | QDir::Hidden);
-        for (const QString &name : names)
-            thumbs.insert(name.chopped(4));
-    }
-    const QString now = context.now.isEmpty() ? timeStamp(QDateTime::currentDateTime()) : context.now;
-    const QString thumbsPrefix = context.thumbsDir + u'/';
-    const maps::DistanceFromMe fromMe(context.me);
-
-    beginResetModel();
-    m_thumbnailCache.clear();
-    // The first line sets the row count to 1: the first row is written over,
-    // every other old row goes.
-    m_rows.resize(1);
-    m_rows.reserve(lines.size());
-    for (int r = 0; r < lines.size(); ++r) {
-        if (r > 0)
-            m_rows.append(CallRecord{});
-        CallRecord &row = m_rows[r];
-        const QString &line = lines[r];
-        ++report.lines;
-        // An empty line splits into no fields at all.
-        const QList<QStringView> fields = line.isEmpty() ? QList<QStringView>() : QStringView(line).split(u'*');
-        const int n = int(fields.size());
-        if (n > 0)
-            row[Column::Callsign] = callsign::plainZero(fields[0].toString());
-        for (int c = 1; c <= int(Column::Longitude) && c < n; ++c)
-            row.fields[std::size_t(c)] = fields[c].toString();
-        if (n > int(Column::TimeStamp))
-            row[Column::TimeStamp] = fields[int(Column::TimeStamp)].isEmpty() ? now : fields[int(Column::TimeStamp)].toString();
-        if (n > int(Column::Extra))
-            row[Column::Extra] = fields[int(Column::Extra)].toString();
-        if (n < kColumnCount) {
-            report.badLine = r + 1;
-            break;
-        }
-
-        row.callsignBack = QColor();
-        row.firstNameBack = isNicknameAtLoad(row[Column::FullName], row[Column::FirstName]) ? kNicknameColour : QColor();
-
-        row[Column::Azimuth] = azimuthOf(fromMe, row);
-
-        // The thumbnail goes by the callsign as the file has it, slashed zero and all.
-        row.thumbnail.clear();
-        if (!thumbs.isEmpty()) {
-            const QString thumbName = callsign::fileName(fields[0].toString());
-            if (thumbs.contains(thumbName))
-                row.thumbnail = thumbsPrefix + thumbName + QStringLiteral(".jpg");
-        }
-    }
-    endResetModel();
+    ParsedList parsed = readListFile(path, context);
+    const LoadReport report = parsed.report;
+    adopt(std::move(parsed));
     return report;
 }
 
@@ -250,8 +433,16 @@ QStringList CallListModel::lines() const
 {
     QStringList out;
     out.reserve(m_rows.size());
-    for (const CallRecord &r : m_rows)
-        out.append(r.toLine());
+    for (const StoredRow &r : m_rows) {
+        QString line;
+        line.reserve(r.field(Column::Extra).size() + 200);
+        for (int c = 0; c < kColumnCount; ++c) {
+            if (c)
+                line += u'*';
+            line += r.field(Column(c));
+        }
+        out.append(line);
+    }
     return out;
 }
 
@@ -269,7 +460,7 @@ void CallListModel::sortList(qint16 &selector)
     std::vector<int> order(std::size_t(m_rows.size()));
     for (std::size_t i = 0; i < order.size(); ++i)
         order[i] = int(i);
-    const auto key = [this, column](int row) { return QStringView(m_rows[row].fields[std::size_t(column)]); };
+    const auto key = [this, column](int row) { return m_rows[row].field(Column(column)); };
     const auto before = [&](int a, int b) {
         const int c = key(a).compare(key(b));
         return column == int(Column::Callsign) ? c < 0 : c > 0;
@@ -281,7 +472,7 @@ void CallListModel::sortList(qint16 &selector)
     std::stable_sort(order.begin(), order.end(), before);
 
     emit layoutAboutToBeChanged({}, QAbstractItemModel::VerticalSortHint);
-    QList<CallRecord> sorted;
+    QList<StoredRow> sorted;
     sorted.reserve(m_rows.size());
     std::vector<int> newRowOf(order.size());
     for (std::size_t i = 0; i < order.size(); ++i) {

@@ -5,12 +5,14 @@
 #include "core/maps/Geometry.h"
 
 #include <QAbstractTableModel>
-#include <QImage>
-#include <QHash>
 #include <QList>
 
+#include <array>
+#include <memory>
 
 namespace marvik::lists {
+
+class ThumbnailIndex;
 
 /// The azimuth column of a row: empty when either coordinate is 0, else the
 /// bearing from Me with "°".
@@ -34,6 +36,51 @@ struct LoadReport
     bool complete() const { return opened && badLine == 0; }
 };
 
+/// The colour a cell carries, as a code: a row holds a byte, not a colour.
+enum class CellMark : quint8 { None, Nickname, Paste, Blink };
+QColor colourOf(CellMark mark);
+/// The mark of a colour; other colours than the program's marks have none.
+CellMark markOf(const QColor &colour);
+
+/// One list entry as the model keeps it: the eleven fields in one string
+/// with the end of each, two cell marks and a thumbnail number — close to
+/// the size of its line in the file.
+class StoredRow
+{
+public:
+    QStringView field(Column column) const;
+    QString fieldText(Column column) const { return field(column).toString(); }
+    void setField(Column column, QStringView text);
+    /// Sets the fields from the start of `fields`; the rest stay.
+    void setFields(const QStringView *fields, int count, int from = 0);
+
+    CellMark callsignMark = CellMark::None;
+    CellMark firstNameMark = CellMark::None;
+    qint32 thumbnail = -1; ///< a number of the thumbnail index; -1: none
+
+private:
+    QString m_text;
+    std::array<quint32, kColumnCount> m_end{};
+};
+
+/// The rows a list file gives, read on any thread.
+struct ParsedList
+{
+    QList<StoredRow> rows;
+    LoadReport report;
+    std::shared_ptr<ThumbnailIndex> thumbnails;
+    /// Fields the damaged last row took from its line (it stops the load).
+    int partialFields = 0;
+};
+
+/// Reads a list file as the Windows program did: one row per line, the
+/// eleven fields cut at "*", the callsign's slashed zeros made plain, a
+/// missing time stamp filled with now, the nickname mark, the azimuth from
+/// Me, the thumbnail by the callsign as the file has it. Stops at a line
+/// with fewer than eleven fields, keeping what it read up to there. Touches
+/// nothing but the file: safe on a worker thread.
+ParsedList readListFile(const QString &path, const LoadContext &context);
+
 /// One list of stations, shown by the list grid. Cell texts are the eleven
 /// fields; the nickname highlight, the paste mark and the thumbnail are model
 /// data too, so every view shows the same state.
@@ -46,8 +93,14 @@ public:
     static constexpr int ThumbnailRole = Qt::UserRole + 1;
     /// The thumbnail's file path (a QString, empty when none).
     static constexpr int ThumbnailPathRole = Qt::UserRole + 2;
+    /// The operator's full picture beside the thumbnail, drawn from when a
+    /// screen wants more pixels than the thumbnail has (a QString path).
+    static constexpr int PicturePathRole = Qt::UserRole + 3;
+    /// A cell shows at most this many characters; the row keeps all.
+    static constexpr int kShownCharacters = 1000;
 
     explicit CallListModel(QObject *parent = nullptr);
+    ~CallListModel() override;
 
     using QAbstractTableModel::index;
     /// The cell of a row's field.
@@ -57,12 +110,13 @@ public:
     int columnCount(const QModelIndex &parent = {}) const override;
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
 
-    const CallRecord &record(int row) const { return m_rows.at(row); }
-    const QList<CallRecord> &records() const { return m_rows; }
+    /// The row as an editable record (its fields, cell colours, thumbnail).
+    CallRecord record(int row) const;
+    QString field(int row, Column column) const;
     /// The first row whose callsign is exactly `callsign` (case-sensitive), or -1.
     int findCallsign(const QString &callsign) const;
 
-    void setRecords(QList<CallRecord> rows);
+    void setRecords(const QList<CallRecord> &rows);
     void appendRecord(const CallRecord &record);
     void replaceRecord(int row, const CallRecord &record);
     void removeRecord(int row);
@@ -70,13 +124,17 @@ public:
     void setField(int row, Column column, const QString &text);
     /// Colours the callsign or first-name cell; an invalid colour gives the grid's own.
     void setCellBackground(int row, Column column, const QColor &colour);
+    QColor cellBackground(int row, Column column) const;
     void setThumbnail(int row, const QString &path);
     /// Every row's azimuth from a new own position, by the loader's rule.
     void recomputeAzimuths(const maps::Position &me);
 
-    /// Reads a list file as the Windows program did (see ListFile.h for the
-    /// rules). Stops at a line with fewer than eleven fields, keeping what
-    /// was read up to there.
+    /// Takes the rows a reader gave. An empty file leaves the rows as they
+    /// are; otherwise the file's rows replace them, and a damaged first line
+    /// writes over the old first row only as far as it goes, as the Windows
+    /// program's grid did.
+    void adopt(ParsedList &&parsed);
+    /// Reads a list file here and now (see readListFile()).
     LoadReport load(const QString &path, const LoadContext &context);
 
     /// The list file's text: one line per row, CR LF after each.
@@ -89,10 +147,11 @@ public:
     void sortList(qint16 &selector);
 
 private:
+    StoredRow toStored(const CallRecord &record);
     void refreshRow(int row);
 
-    QList<CallRecord> m_rows;
-    mutable QHash<QString, QImage> m_thumbnailCache;
+    QList<StoredRow> m_rows;
+    std::shared_ptr<ThumbnailIndex> m_thumbnails;
 };
 
 } // namespace marvik::lists

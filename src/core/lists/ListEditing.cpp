@@ -52,8 +52,8 @@ bool copyRecordTo(const CallRecord &source, CallListModel &target, const LoadCon
 int copyAllTo(const CallListModel &source, CallListModel &target, const LoadContext &context)
 {
     int copied = 0;
-    for (const CallRecord &r : source.records()) {
-        if (copyRecordTo(r, target, context))
+    for (int row = 0; row < source.rowCount(); ++row) {
+        if (copyRecordTo(source.record(row), target, context))
             ++copied;
     }
     return copied;

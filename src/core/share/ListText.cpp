@@ -34,9 +34,11 @@ QList<ListTextRow> listTextRows(const lists::CallListModel &model)
 {
     QList<ListTextRow> rows;
     rows.reserve(model.rowCount());
-    for (const lists::CallRecord &record : model.records()) {
-        rows.append({record[lists::Column::Callsign], record[lists::Column::FirstName], record[lists::Column::Azimuth],
-            record[lists::Column::City], record.callsignBack == lists::kMarkColour});
+    using lists::Column;
+    for (int row = 0; row < model.rowCount(); ++row) {
+        rows.append({model.field(row, Column::Callsign), model.field(row, Column::FirstName),
+            model.field(row, Column::Azimuth), model.field(row, Column::City),
+            model.cellBackground(row, Column::Callsign) == lists::kMarkColour});
     }
     return rows;
 }

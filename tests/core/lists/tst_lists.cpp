@@ -36,8 +36,8 @@ QByteArray line(const QStringList &fields)
 QStringList callsigns(const CallListModel &m)
 {
     QStringList out;
-    for (const CallRecord &r : m.records())
-        out << r[Column::Callsign];
+    for (int row = 0; row < m.rowCount(); ++row)
+        out << m.field(row, Column::Callsign);
     return out;
 }
 

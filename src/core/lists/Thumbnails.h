@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QHash>
+#include <QImage>
+#include <QMutex>
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+
+namespace marvik::lists {
+
+/// The thumbnails of one `Images/Thumbs` folder: listed once per run and
+/// kept up to date as Marvik writes thumbnails, so loading a list never
+/// lists the folder again. Rows keep a number into it instead of a path.
+/// Safe to use from the list readers' worker threads.
+class ThumbnailIndex
+{
+public:
+    /// The index of a folder, shared by every list of the run (listed on
+    /// first use).
+    static std::shared_ptr<ThumbnailIndex> forFolder(const QString &thumbsDir);
+
+    explicit ThumbnailIndex(const QString &thumbsDir);
+
+    QString folder() const { return m_folder; }
+    /// The number of a thumbnail named `name` (the file name less ".jpg"),
+    /// -1 when the folder has none.
+    int find(const QString &name) const;
+    /// Records a thumbnail Marvik has just written; returns its number.
+    int add(const QString &name);
+    /// The file of thumbnail `id`; empty for -1.
+    QString path(int id) const;
+    /// The number of the file at `path` (any folder: its name decides).
+    int fromPath(const QString &path);
+
+private:
+    QString m_folder;
+    mutable QMutex m_mutex;
+    QStringList m_names;
+    QHash<QString, int> m_ids;
+};
+
+/// The decoded thumbnails of every list, one cache for the whole program,
+/// bounded by their bytes and dropping the least recently drawn first.
+namespace thumbnailCache {
+
+/// The picture of a file drawn `height` device pixels high (0: as stored).
+/// A null image when the file is no picture.
+QImage image(const QString &path, int height = 0);
+/// Forgets a file whose bytes have changed.
+void forget(const QString &path);
+/// The cache's bound in bytes, and what it holds now.
+qint64 limit();
+qint64 bytes();
+
+} // namespace thumbnailCache
+
+} // namespace marvik::lists

@@ -244,12 +244,14 @@ void LookupController::answered(const lookup::CallbookAnswer &answer)
     m_status.idle();
     // The user hears where the row came from whenever it was not the source
     // they chose, so a fallback never passes for the chosen callbook.
+    m_answerNote.clear();
     if (answer.cached)
-        m_status.note(m_texts.fill(TextId::AnsweredCached, answer.callsign,
-                                   answer.cachedAt.toLocalTime().date().toString(Qt::ISODate)));
+        m_answerNote = m_texts.fill(TextId::AnsweredCached, answer.callsign,
+                                    answer.cachedAt.toLocalTime().date().toString(Qt::ISODate));
     else if (answer.source != m_source)
-        m_status.note(m_texts.fill(TextId::AnsweredBy, answer.callsign,
-                                   lookup::sourceInfo(answer.source).key.toString()));
+        m_answerNote = m_texts.fill(TextId::AnsweredBy, answer.callsign, lookup::sourceInfo(answer.source).key.toString());
+    if (!m_answerNote.isEmpty())
+        m_status.note(m_answerNote);
     const QString key = m_rowCallsign.isEmpty() ? m_call : m_rowCallsign;
     writeRow(answer.result);
     // The picture host files pictures under the call as typed; a service
@@ -373,7 +375,10 @@ void LookupController::pictureFailed(const QString &name, const QString &reason)
     qCInfo(lcLookup) << "no picture of" << name << reason;
     // Most operators have no picture on file: a quiet note, never an alarm
     // that hides the list chooser after a good lookup.
-    m_status.note(m_texts.fill(TextId::NoPicture, name, reason));
+    QString text = m_texts.fill(TextId::NoPicture, name, reason);
+    if (!m_answerNote.isEmpty() && m_status.noteText() == m_answerNote)
+        text = m_answerNote + QStringLiteral(" \u00b7 ") + text;
+    m_status.note(text);
 }
 
 void LookupController::showThumbnailPicture(int row)

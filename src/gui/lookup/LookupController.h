@@ -135,6 +135,9 @@ private:
     QString m_call;
     QString m_typed;
     QString m_rowCallsign;
+    /// What the answer's note said (the source, the cache), so the picture's
+    /// note that follows it does not wipe it out.
+    QString m_answerNote;
     int m_list = 1;
     lookup::Source m_source = lookup::Source::EHam;
 };

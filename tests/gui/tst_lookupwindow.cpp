@@ -233,6 +233,8 @@ private slots:
         get(typed);
         QTRY_VERIFY(status()->isVisible());
         QVERIFY2(status()->text().startsWith(text), qPrintable(status()->text()));
+        if (drop)
+            test::screenshot(m_window, QStringLiteral("network-failure"));
         QVERIFY(!child<QComboBox>(QStringLiteral("cboList"))->isVisible());
         QCOMPARE(status()->palette().color(QPalette::Window), QColor(255, 0, 0));
         QVERIFY(!timer(4)->isActive());
@@ -254,6 +256,7 @@ private slots:
         get(QStringLiteral("W1AW"));
         QTRY_COMPARE(m_root->lists().model(1)->rowCount(), 1);
         QTRY_VERIFY2(note().startsWith(QStringLiteral("No picture of W1AW")), qPrintable(note()));
+        test::screenshot(m_window, QStringLiteral("no-picture"));
         // Most calls have no picture: the chooser stays, nothing turns red.
         QVERIFY(!status()->isVisible());
         QVERIFY(child<QComboBox>(QStringLiteral("cboList"))->isVisible());
@@ -351,6 +354,7 @@ private slots:
         QCOMPARE(busyText->text(), QStringLiteral("Looking up W1AW on QRZ.com\u2026"));
         QCOMPARE(getCaption(), QStringLiteral("Cancel"));
         QVERIFY(timer(4)->isActive());
+        test::screenshot(m_window, QStringLiteral("lookup-in-flight"));
         QVERIFY(!status()->isVisible());
 
         if (escape)

@@ -206,6 +206,8 @@ private slots:
         QTRY_VERIFY2(note().contains(QStringLiteral("No picture of W1AW")), qPrintable(note()));
         QVERIFY2(told.isEmpty() ? note().startsWith(QStringLiteral("No picture")) : note().startsWith(told),
                  qPrintable(note()));
+        if (chosenDown)
+            test::screenshot(m_root->mainWindow(), QStringLiteral("fallback"));
         QVERIFY(!child<QLabel>(QStringLiteral("lblStatus"))->isVisible());
         // Written once: nothing more comes of the lookup.
         QTest::qWait(100);
@@ -310,6 +312,7 @@ private slots:
             QVERIFY(dialog && dialog->isVisible());
             QVERIFY(keep->isVisible());
             QVERIFY(!m_root->credentials().knownPassword(Source::HamQth, u"k1abc"_qs));
+            test::screenshot(dialog, QStringLiteral("accounts-no-keyring"));
             keep->setChecked(true);
             clickButton(dialog, QStringLiteral("cmdOK"));
         }
@@ -360,6 +363,8 @@ private slots:
         clickButton(dialog, QStringLiteral("cmdTestQRZ"));
         auto *result = dialog->findChild<QLabel *>(QStringLiteral("lblTestQRZ"));
         QTRY_VERIFY2(result->text().startsWith(said), qPrintable(result->text()));
+        if (!down && password == u"Secr3t-Pa55")
+            test::screenshot(dialog, QStringLiteral("accounts-test"));
         QCOMPARE(m_player->logins(Source::Qrz), down ? 0 : 1);
         // A test stores nothing.
         dialog->reject();

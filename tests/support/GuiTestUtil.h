@@ -97,6 +97,9 @@ inline void screenshot(QWidget *widget, const QString &name)
     if (dir.isEmpty() || !widget)
         return;
     QDir().mkpath(dir);
+    // Layout requests are posted: let the window settle as a user would see it.
+    QApplication::sendPostedEvents();
+    QApplication::processEvents();
     widget->grab().save(dir + u'/' + name + QStringLiteral(".png"));
 }
 

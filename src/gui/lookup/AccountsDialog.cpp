@@ -83,6 +83,10 @@ AccountsDialog::Row *AccountsDialog::row(Source source)
 void AccountsDialog::build()
 {
     auto *layout = new QVBoxLayout(this);
+    // The keyring note and the answers of Test come and go; the dialog grows
+    // with them rather than squeeze the rows they join. (Labels do not wrap:
+    // a wrapping label misleads the layout's minimum height.)
+    layout->setSizeConstraint(QLayout::SetMinimumSize);
 
     // Accounts, one row per service; widgets are made in reading order so
     // Tab walks each row from left to right, then down.
@@ -129,7 +133,6 @@ void AccountsDialog::build()
         }
         r.result = new QLabel(m_accountsBox);
         r.result->setObjectName(nameOf("lblTest", source));
-        r.result->setWordWrap(true);
         grid->addWidget(r.result, line + 1, 1, 1, 4);
         line += 2;
         m_rows.append(r);
@@ -158,7 +161,6 @@ void AccountsDialog::build()
     }
     m_noKeyring = new QLabel(m_accountsBox);
     m_noKeyring->setObjectName(QStringLiteral("lblNoKeyring"));
-    m_noKeyring->setWordWrap(true);
     m_noKeyring->hide();
     grid->addWidget(m_noKeyring, line, 0, 1, 5);
     m_keepForRun = new QCheckBox(m_accountsBox);
@@ -171,7 +173,6 @@ void AccountsDialog::build()
     m_fallbackBox = new QGroupBox(this);
     auto *fallback = new QGridLayout(m_fallbackBox);
     m_fallbackHint = new QLabel(m_fallbackBox);
-    m_fallbackHint->setWordWrap(true);
     fallback->addWidget(m_fallbackHint, 0, 0, 1, 2);
     m_fallback = new QListWidget(m_fallbackBox);
     m_fallback->setObjectName(QStringLiteral("lstFallback"));
@@ -195,6 +196,8 @@ void AccountsDialog::build()
         item->setCheckState(asked ? Qt::Checked : Qt::Unchecked);
     }
     m_fallback->setCurrentRow(0);
+    // Room for every online source, no more.
+    m_fallback->setFixedHeight(m_fallback->sizeHintForRow(0) * m_fallback->count() + 2 * m_fallback->frameWidth() + 4);
     fallback->addWidget(m_fallback, 1, 0, 3, 1);
     m_up = new ChameleonButton(m_fallbackBox);
     m_up->setObjectName(QStringLiteral("cmdUp"));

@@ -6,6 +6,7 @@
 #include "support/CallbookServer.h"
 
 #include "support/MarvikUnderTest.h"
+#include "gui/app/Commands.h"
 #include "gui/app/CompositionRoot.h"
 #include "gui/app/MainWindow.h"
 #include "gui/app/Selection.h"
@@ -32,6 +33,7 @@
 #include <QPointer>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QStatusBar>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
@@ -109,6 +111,17 @@ private:
         QTest::mouseClick(child<QPushButton>(QStringLiteral("cmdGet")), Qt::LeftButton);
     }
     QString caption() const { return child<QMenu>(QStringLiteral("mnuDatabase"))->title(); }
+    QString note() const { return child<QStatusBar>(QStringLiteral("statusBar"))->currentMessage(); }
+    QString getCaption() const { return child<QPushButton>(QStringLiteral("cmdGet"))->text(); }
+    /// The QRZ page of W1AW with its position taken out: no coordinates and
+    /// no grid square to work one out from.
+    static QByteArray pageWithoutPosition()
+    {
+        QByteArray body = fixture("qrz_found.html");
+        for (const char *marker : {"Latitude", "Longitude", "Grid Square"})
+            body.replace(marker, "Remark");
+        return body;
+    }
 
 private slots:
     void init()
@@ -198,8 +211,10 @@ private slots:
                                                << "K2XX not found";
         QTest::newRow("page cut short") << 0 << "/callbook/W1AW" << cut << false << "W1AW"
                                         << "The page of W1AW on eHam.net could not be read";
+        // A callbook we cannot reach says so; "not found" would make the user
+        // believe the call does not exist.
         QTest::newRow("connection dropped") << 1 << "/db/W1AW" << QByteArray() << true << "W1AW"
-                                            << "W1AW not found: ";
+                                            << "W1AW not looked up: QRZ.com could not be reached";
     }
     void alarms()
     {
@@ -218,6 +233,8 @@ private slots:
         get(typed);
         QTRY_VERIFY(status()->isVisible());
         QVERIFY2(status()->text().startsWith(text), qPrintable(status()->text()));
+        if (drop)
+            test::screenshot(m_window, QStringLiteral("network-failure"));
         QVERIFY(!child<QComboBox>(QStringLiteral("cboList"))->isVisible());
         QCOMPARE(status()->palette().color(QPalette::Window), QColor(255, 0, 0));
         QVERIFY(!timer(4)->isActive());
@@ -227,6 +244,139 @@ private slots:
         QVERIFY(child<QComboBox>(QStringLiteral("cboList"))->isVisible());
         QCOMPARE(status()->text(), QString());
         QCOMPARE(m_server->requests().count(QStringLiteral("/pics/w/w1aw/w1aw.jpg")), 0);
+    }
+
+    void missingPictureIsAQuietNote()
+    {
+        m_server->answer(QStringLiteral("/db/W1AW"), page(fixture("qrz_found.html")));
+        Answer missing = page("<html>Not Found</html>");
+        missing.status = 404;
+        m_server->answer(QStringLiteral("/pics/w/w1aw/w1aw.jpg"), missing);
+        QVERIFY(start());
+        get(QStringLiteral("W1AW"));
+        QTRY_COMPARE(m_root->lists().model(1)->rowCount(), 1);
+        QTRY_VERIFY2(note().startsWith(QStringLiteral("No picture of W1AW")), qPrintable(note()));
+        test::screenshot(m_window, QStringLiteral("no-picture"));
+        // Most calls have no picture: the chooser stays, nothing turns red.
+        QVERIFY(!status()->isVisible());
+        QVERIFY(child<QComboBox>(QStringLiteral("cboList"))->isVisible());
+        QVERIFY(!QFile::exists(file(QStringLiteral("Images/W1AW.jpg"))));
+        QVERIFY(!child<QAction>(QStringLiteral("mnuShowPic"))->isEnabled());
+    }
+
+    void showImageNeedsAPictureFile_data()
+    {
+        QTest::addColumn<bool>("withPicture");
+        QTest::newRow("no picture file") << false;
+        QTest::newRow("picture file") << true;
+    }
+    void showImageNeedsAPictureFile()
+    {
+        QFETCH(bool, withPicture);
+        writeAll(file(QStringLiteral("List1.dat")), "W1AW*Hiram**Hiram Maxim******20200101000000*\r\n"
+                                                    "K2XX*Kay**Kay Exe******20200101000000*\r\n");
+        if (withPicture)
+            writeAll(file(QStringLiteral("Images/K2XX.jpg")), CallbookServer::picture("jpeg"));
+        QVERIFY(start());
+        QAction *showPic = child<QAction>(QStringLiteral("mnuShowPic"));
+        const int row = m_root->lists().model(1)->findCallsign(QStringLiteral("K2XX"));
+        m_root->selection().reveal(1, row);
+        QCOMPARE(m_root->selection().callsign(), QStringLiteral("K2XX"));
+        m_root->commands().refresh();
+        QCOMPARE(showPic->isEnabled(), withPicture);
+        // Another row's picture does not count for this one.
+        m_root->selection().reveal(1, 1 - row);
+        m_root->commands().refresh();
+        QVERIFY(!showPic->isEnabled());
+    }
+
+    void noPositionIsNeverInvented_data()
+    {
+        QTest::addColumn<QByteArray>("listFile");
+        QTest::addColumn<QString>("latitude");
+        QTest::addColumn<QString>("longitude");
+        QTest::addColumn<QString>("address");
+        QTest::addColumn<bool>("hasAzimuth");
+        // A new row: no 0/0, and no bearing to a point off Africa.
+        QTest::newRow("new row") << QByteArray() << QString() << QString() << "225 Main St" << false;
+        // An update keeps the position (and so the bearing) it had.
+        QTest::newRow("update keeps the position")
+            << QByteArray("W1AW*Hiram**Old Name*Old St*Old Town*USA*41.7*-72.7*20200101000000*\r\n")
+            << "41.7" << "-72.7" << "225 Main St" << true;
+    }
+    void noPositionIsNeverInvented()
+    {
+        QFETCH(QByteArray, listFile);
+        QFETCH(QString, latitude);
+        QFETCH(QString, longitude);
+        QFETCH(QString, address);
+        QFETCH(bool, hasAzimuth);
+        if (!listFile.isEmpty())
+            writeAll(file(QStringLiteral("List1.dat")), listFile);
+        m_server->answer(QStringLiteral("/db/W1AW"), page(pageWithoutPosition()));
+        QVERIFY(start());
+        if (listFile.isEmpty()) {
+            get(QStringLiteral("W1AW"));
+        } else {
+            m_root->selection().reveal(1, 0);
+            child<QAction>(QStringLiteral("mnuUpdate"))->trigger();
+        }
+        QTRY_COMPARE(cell(0, lists::Column::Address), address);
+        QCOMPARE(cell(0, lists::Column::Latitude), latitude);
+        QCOMPARE(cell(0, lists::Column::Longitude), longitude);
+        QCOMPARE(!cell(0, lists::Column::Azimuth).isEmpty(), hasAzimuth);
+        if (hasAzimuth)
+            QCOMPARE(cell(0, lists::Column::Azimuth), maps::azimuthText(maps::bearingFrom(kMe, 41.7, -72.7).degrees));
+        // The saved row says the same.
+        const QByteArray saved = readAll(file(QStringLiteral("List1.dat")));
+        QVERIFY2(saved.contains(QStringLiteral("*USA*%1*%2*").arg(latitude, longitude).toUtf8()), saved.constData());
+    }
+
+    void lookupInFlightCanBeCancelled_data()
+    {
+        QTest::addColumn<bool>("escape");
+        QTest::newRow("Cancel button") << false;
+        QTest::newRow("Escape key") << true;
+    }
+    void lookupInFlightCanBeCancelled()
+    {
+        QFETCH(bool, escape);
+        m_server->answer(QStringLiteral("/db/W1AW"), page(fixture("qrz_found.html"), 1500));
+        QVERIFY(start());
+        auto *busyText = child<QLabel>(QStringLiteral("lblBusy"));
+        auto *busyBar = child<QProgressBar>(QStringLiteral("busyIndicator"));
+        QVERIFY(busyText && busyBar);
+        QVERIFY(!busyBar->isVisible());
+        QCOMPARE(getCaption(), QStringLiteral("Get"));
+
+        get(QStringLiteral("W1AW"));
+        QTRY_VERIFY(busyBar->isVisible());
+        QCOMPARE(busyText->text(), QStringLiteral("Looking up W1AW on QRZ.com\u2026"));
+        QCOMPARE(getCaption(), QStringLiteral("Cancel"));
+        QVERIFY(timer(4)->isActive());
+        test::screenshot(m_window, QStringLiteral("lookup-in-flight"));
+        QVERIFY(!status()->isVisible());
+
+        if (escape)
+            QTest::keyClick(m_window, Qt::Key_Escape);
+        else
+            QTest::mouseClick(child<QPushButton>(QStringLiteral("cmdGet")), Qt::LeftButton);
+        QVERIFY(!busyBar->isVisible());
+        QCOMPARE(getCaption(), QStringLiteral("Get"));
+        QVERIFY(!timer(4)->isActive());
+        // The page still arrives; a cancelled lookup writes nothing and
+        // raises no alarm.
+        QTRY_COMPARE(m_server->hits(QStringLiteral("/db/W1AW")), 1);
+        QTest::qWait(1800);
+        QCOMPARE(m_root->lists().model(1)->rowCount(), 0);
+        QVERIFY(!status()->isVisible());
+
+        // The next lookup runs as usual, and the busy line goes when it ends.
+        m_server->answer(QStringLiteral("/db/W1AW"), page(fixture("qrz_found.html")));
+        get(QStringLiteral("W1AW"));
+        QTRY_COMPARE(m_root->lists().model(1)->rowCount(), 1);
+        QVERIFY(!busyBar->isVisible());
+        QCOMPARE(getCaption(), QStringLiteral("Get"));
     }
 
     void noAnswerTimesOut()
@@ -242,6 +392,7 @@ private slots:
         QVERIFY(status()->isVisible());
         QVERIFY(timer(3)->isActive());
         QVERIFY(!timer(4)->isActive());
+        QCOMPARE(getCaption(), QStringLiteral("Get"));
     }
 
     void databaseCaption()

@@ -4,8 +4,11 @@
 #include <QApplication>
 #include <QFile>
 #include <QInputDialog>
+#include <QDir>
 #include <QMessageBox>
+#include <QPixmap>
 #include <QString>
+#include <QWidget>
 #include <QTimer>
 
 #include <functional>
@@ -83,6 +86,21 @@ inline void writeAll(const QString &path, const QByteArray &bytes)
     QFile f(path);
     if (f.open(QIODevice::WriteOnly | QIODevice::Truncate))
         f.write(bytes);
+}
+
+/// For looking at what a user sees: when MARVIK_SCREENSHOT_DIR is set, a
+/// grab of `widget` is saved there as `<name>.png`. The tests run the same
+/// without it.
+inline void screenshot(QWidget *widget, const QString &name)
+{
+    const QString dir = qEnvironmentVariable("MARVIK_SCREENSHOT_DIR");
+    if (dir.isEmpty() || !widget)
+        return;
+    QDir().mkpath(dir);
+    // Layout requests are posted: let the window settle as a user would see it.
+    QApplication::sendPostedEvents();
+    QApplication::processEvents();
+    widget->grab().save(dir + u'/' + name + QStringLiteral(".png"));
 }
 
 } // namespace marvik::test

@@ -164,6 +164,14 @@ void Session::setCurrentSource(lookup::Source source)
     emit currentSourceChanged(source);
 }
 
+void Session::setSources(const lookup::SourceSettings &sources)
+{
+    m_sources = sources;
+    m_sources.save(*m_store);
+    m_store->sync();
+    emit sourcesChanged();
+}
+
 void Session::setDefaultSource(lookup::Source source)
 {
     m_settings.defaultDatabase = qint16(lookup::menuIndexOf(source));

@@ -63,6 +63,9 @@ public:
     Settings &settings() { return m_settings; }
     const Settings &settings() const { return m_settings; }
     const lookup::SourceSettings &sources() const { return m_sources; }
+    /// New source settings (accounts, the ways, the fallback order, the
+    /// cache), kept in the settings store at once.
+    void setSources(const lookup::SourceSettings &sources);
 
     // ---- start-up, in this order
     /// One Marvik per data folder: two would overwrite each other's lists
@@ -106,6 +109,7 @@ public:
 signals:
     void meChanged();
     void currentSourceChanged(lookup::Source source);
+    void sourcesChanged();
 
 private:
     LockOutcome tryLock(bool takeOver);

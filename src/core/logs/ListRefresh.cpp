@@ -42,20 +42,6 @@ CallRecord refreshedRecord(const CallRecord &row, const lookup::LookupResult &re
 {
     CallRecord out = row;
     lookup::writeLookupResult(out, true, row[Column::Callsign], result, me, now);
-    for (const Column c : {Column::FullName, Column::FirstName, Column::Address, Column::City, Column::Country}) {
-        if (out[c].isEmpty())
-            out[c] = row[c];
-    }
-    if (result.latitude == 0 && result.longitude == 0) {
-        out[Column::Latitude] = row[Column::Latitude];
-        out[Column::Longitude] = row[Column::Longitude];
-    }
-    // The azimuth by the list loader's rule, so the next load shows the same.
-    const double lat = app::val(out[Column::Latitude]);
-    const double lon = app::val(out[Column::Longitude]);
-    out[Column::Azimuth] = lat != 0 && lon != 0 ? maps::azimuthText(maps::bearingFrom(me, lat, lon).degrees) : QString();
-    out.firstNameBack = lists::isNicknameAtLoad(out[Column::FullName], out[Column::FirstName]) ? lists::kNicknameColour
-                                                                                            : QColor();
     return out;
 }
 

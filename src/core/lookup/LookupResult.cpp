@@ -95,18 +95,41 @@ void writeLookupResult(lists::CallRecord &row, bool existing, const QString &cal
     if (!existing) {
         row = CallRecord();
     }
+    // A source that tells less than the row already holds (a service without
+    // an address, a page without a position) never blanks what was there.
+    const auto put = [&](Column column, const QString &value) {
+        if (!existing || !value.isEmpty())
+            row[column] = value;
+    };
     row[Column::Callsign] = callSign;
-    row[Column::FullName] = fullName;
+    put(Column::FullName, fullName);
     if (!existing || row[Column::FirstName].isEmpty())
-        row[Column::FirstName] = firstWord(result.firstName.trimmed().isEmpty() ? fullName : result.firstName.trimmed());
-    row[Column::Address] = result.address1.trimmed();
-    row[Column::City] = result.address2.trimmed();
-    row[Column::Country] = country;
-    row[Column::Latitude] = app::shortestDecimal(result.latitude);
-    row[Column::Longitude] = app::shortestDecimal(result.longitude);
+        row[Column::FirstName] = firstWord(result.firstName.trimmed().isEmpty() ? row[Column::FullName]
+                                                                                 : result.firstName.trimmed());
+    put(Column::Address, result.address1.trimmed());
+    put(Column::City, result.address2.trimmed());
+    put(Column::Country, country);
+    // The readers give 0 for a position they did not find; a row stores
+    // nothing then, rather than a point off the coast of Africa.
+    if (hasPosition(result.latitude, result.longitude)) {
+        row[Column::Latitude] = app::shortestDecimal(result.latitude);
+        row[Column::Longitude] = app::shortestDecimal(result.longitude);
+    } else if (!existing) {
+        row[Column::Latitude].clear();
+        row[Column::Longitude].clear();
+    }
     row[Column::TimeStamp] = timeStamp(now);
-    row[Column::Azimuth] = maps::azimuthText(maps::bearingFrom(me, result.latitude, result.longitude).degrees);
+    const double lat = app::val(row[Column::Latitude]);
+    const double lon = app::val(row[Column::Longitude]);
+    row[Column::Azimuth] =
+        hasPosition(lat, lon) ? maps::azimuthText(maps::bearingFrom(me, lat, lon).degrees) : QString();
     row.firstNameBack = isNicknameAtLoad(row[Column::FullName], row[Column::FirstName]) ? kNicknameColour : QColor();
+}
+
+bool hasPosition(double latitude, double longitude)
+{
+    // The list loader's rule: either coordinate 0 means no position.
+    return latitude != 0 && longitude != 0;
 }
 
 } // namespace marvik::lookup

@@ -67,13 +67,18 @@ LookupResult readLookupResult(LookUp &lookUp, const QString &callSign, bool with
 LookupResult readPage(LookUp &lookUp, const QString &callSign, bool withExtras = true);
 
 /// Writes a lookup result into a list row: a new row (`existing` false) or an
-/// update of the call's row, which keeps its first name and Extra. A new
+/// update of the call's row, which keeps its first name and Extra, and keeps
+/// a name, address, country or position wherever the result has none. A new
 /// first name is the first word of the service's first name, else of the full
-/// name. Names and
-/// addresses are trimmed (a no-break space counts as a blank), "UNITED
-/// STATES" becomes "USA", the position is stored as shortest decimal text,
-/// the row is stamped with `now` and gets its azimuth from `me`.
+/// name. Names and addresses are trimmed (a no-break space counts as a
+/// blank), "UNITED STATES" becomes "USA", the position is stored as shortest
+/// decimal text (nothing for a new row without one), the row is stamped with
+/// `now` and gets its azimuth from `me` when it has a position, none when not.
 void writeLookupResult(lists::CallRecord &row, bool existing, const QString &callSign, const LookupResult &result,
                        const maps::Position &me, const QDateTime &now);
+
+/// Whether a latitude and longitude make a position: the readers and the
+/// list files give 0 for none, so either coordinate 0 counts as none.
+bool hasPosition(double latitude, double longitude);
 
 } // namespace marvik::lookup

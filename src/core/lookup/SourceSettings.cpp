@@ -186,6 +186,11 @@ Via SourceSettings::via(Source source) const
     return !accountNeeded || !userName(source).isEmpty() ? Via::Service : Via::Page;
 }
 
+std::optional<Via> SourceSettings::savedVia(Source source) const
+{
+    return isOnline(source) ? m_via[slot(source)] : std::nullopt;
+}
+
 void SourceSettings::setVia(Source source, std::optional<Via> via)
 {
     if (hasDataService(source))

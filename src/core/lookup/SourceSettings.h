@@ -70,6 +70,8 @@ public:
     Via via(Source source) const;
     /// nothing: back to the rule above.
     void setVia(Source source, std::optional<Via> via);
+    /// The way as set; nothing when the rule above decides.
+    std::optional<Via> savedVia(Source source) const;
     /// True when the source can answer with nothing more set up: a page, a
     /// service without an account, or a service whose user name is set.
     bool isReady(Source source) const;

@@ -6,6 +6,9 @@
 #include "core/lists/ListEditing.h"
 #include "core/lists/ListStore.h"
 #include "core/lookup/CookieJar.h"
+#include "core/lookup/services/CallbookLookup.h"
+#include "core/lookup/services/CredentialStore.h"
+#include "core/lookup/services/LookupCache.h"
 #include "gui/app/AppController.h"
 #include "gui/app/Commands.h"
 #include "gui/app/MainCommands.h"
@@ -40,6 +43,11 @@ CompositionRoot::CompositionRoot(const QString &dataDir, QSettings *store, QObje
     // windows, so a log-in made in a browser window holds for the lookups.
     m_jar = new lookup::CookieJar(m_session->dataFolder().path());
     m_network->setCookieJar(m_jar);
+    // Callbook services: one keyring and one lookup for the window; the
+    // cache opens once the data folder is ours and made (startUp()).
+    m_credentials = std::make_unique<lookup::CredentialStore>();
+    m_callbooks = new lookup::CallbookLookup(m_network.get(), m_credentials.get(), nullptr, this);
+    m_callbooks->setObjectName(QStringLiteral("callbookLookup"));
 
     addMainWindowCommands(*m_commands);
     m_window = std::make_unique<MainWindow>(*m_commands, *m_texts, *m_selection);
@@ -56,6 +64,8 @@ CompositionRoot::~CompositionRoot()
     delete m_lookup;
     delete m_listsController;
     delete m_app;
+    // Its downloads abort their replies on the way out: before the network.
+    delete m_callbooks;
 }
 
 void CompositionRoot::wire()
@@ -64,13 +74,14 @@ void CompositionRoot::wire()
     m_app = new AppController(*m_session, *m_texts, *m_commands, w, this);
     m_listsController = new ListsController(*m_lists, *m_session, *m_selection, *m_texts, *m_commands, w, this);
     m_lookup = new LookupController(*m_lists, *m_session, *m_selection, w->statusLine(), *m_texts, *m_commands,
-                                    *m_network, *m_jar, w, this);
+                                    *m_network, *m_jar, *m_callbooks, *m_credentials, w, this);
 
     // Maps.
     m_map = new MapController(*m_session, *m_selection, *m_texts, *m_commands, this);
     connect(w, &MainWindow::rowMouseUp, m_map, &MapController::rowClicked);
 
     connect(w, &MainWindow::getRequested, m_lookup, &LookupController::get);
+    connect(w, &MainWindow::cancelRequested, m_lookup, &LookupController::cancel);
     connect(w, &MainWindow::thumbnailClicked, m_lookup, &LookupController::showThumbnailPicture);
     connect(w, &MainWindow::listChosen, m_listsController, &ListsController::switchTo);
     connect(w, &MainWindow::sortChosen, m_listsController, &ListsController::sortBy);
@@ -131,6 +142,12 @@ bool CompositionRoot::startUp()
     session.prepareFolder(notes);
     m_window->applyPlacement(session.placement());
     session.ensureImageFolders();
+    // Callbook services: the lookup cache, in the folder that is ours now.
+    m_cache = std::make_unique<lookup::LookupCache>(session.dataFolder().filePath(lookup::LookupCache::fileName()));
+    m_cache->setFreshDays(session.sources().cacheFreshDays());
+    m_cache->setMaxEntries(session.sources().cacheMaxEntries());
+    m_cache->prune();
+    m_callbooks->setCache(m_cache.get());
     session.scanMaps();
     session.readConfig(notes);
     m_window->setSortOption(settings.sortMode);
@@ -177,6 +194,9 @@ void CompositionRoot::tellStartUpNotes(const app::StartUpNotes &notes)
         lines << m_texts->fill(TextId::ConfigKept, config, QDir::toNativeSeparators(notes.configKeptAs));
     if (!notes.configProblem.isEmpty())
         lines << m_texts->fill(TextId::ConfigUnreadable, config, notes.configProblem);
+    // Callbook services: a damaged lookup cache went aside at opening.
+    if (m_cache && !m_cache->setAsidePath().isEmpty())
+        lines << m_texts->fill(TextId::CacheSetAside, QDir::toNativeSeparators(m_cache->setAsidePath()));
     if (!lines.isEmpty())
         messages::exclamation(m_window.get(), lines.join(QStringLiteral("\n\n")));
 }

@@ -20,7 +20,10 @@ namespace marvik::lists {
 class ListStore;
 }
 namespace marvik::lookup {
+class CallbookLookup;
 class CookieJar;
+class CredentialStore;
+class LookupCache;
 }
 
 namespace marvik::gui {
@@ -62,6 +65,10 @@ public:
     QNetworkAccessManager &network() const { return *m_network; }
     lookup::CookieJar &cookieJar() const { return *m_jar; }
     LookupController *lookup() const { return m_lookup; }
+    lookup::CallbookLookup &callbooks() const { return *m_callbooks; }
+    lookup::CredentialStore &credentials() const { return *m_credentials; }
+    /// Null when no cache could be opened in the data folder.
+    lookup::LookupCache *lookupCache() const { return m_cache.get(); }
     ListsController *listsController() const { return m_listsController; }
     MapController *map() const { return m_map; }
 
@@ -80,6 +87,11 @@ private:
     std::unique_ptr<Selection> m_selection;
     std::unique_ptr<QNetworkAccessManager> m_network;
     lookup::CookieJar *m_jar = nullptr;
+    // Callbook services: the passwords, the cache in the data folder and the
+    // lookup that asks the sources in turn.
+    std::unique_ptr<lookup::CredentialStore> m_credentials;
+    std::unique_ptr<lookup::LookupCache> m_cache;
+    lookup::CallbookLookup *m_callbooks = nullptr;
     std::unique_ptr<MainWindow> m_window;
     AppController *m_app = nullptr;
     ListsController *m_listsController = nullptr;

@@ -55,6 +55,9 @@ void addMainWindowCommands(Commands &commands)
     commands.add(QStringLiteral("mnuNames"), TextId::MenuNames);
     commands.add(QStringLiteral("mnuOnTop"), TextId::MenuOnTop, true);
     addGroup(commands, "mnuLang", 0, 4, [](int i) { return std::optional<TextId>(TextId(int(TextId::LanguageEnglish) + i)); });
+    // Callbook services: the accounts dialog and the cache.
+    commands.add(QStringLiteral("mnuAccounts"), TextId::MenuAccounts);
+    commands.add(QStringLiteral("mnuClearCache"), TextId::MenuClearCache);
     commands.add(QStringLiteral("mnuHelp"), TextId::MenuHelp);
     commands.add(QStringLiteral("mnuAbout"), TextId::MenuAbout);
 

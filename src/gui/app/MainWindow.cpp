@@ -127,6 +127,9 @@ void MainWindow::buildMenus()
         a->setText(Commands::menuText(lookup::sourceTable()[std::size_t(i)].caption.toString()));
         db->addAction(a);
     }
+    // Callbook services.
+    setup->addAction(act(QStringLiteral("mnuAccounts")));
+    setup->addAction(act(QStringLiteral("mnuClearCache")));
     setup->addAction(act(QStringLiteral("mnuNames")));
     setup->addAction(act(QStringLiteral("mnuOnTop")));
     QMenu *lan = addMenu(setup, QStringLiteral("mnuLan"));

@@ -11,11 +11,15 @@
 #include "core/lookup/LookupResult.h"
 #include "core/lookup/PictureDownloader.h"
 #include "core/lookup/PictureFiles.h"
+#include "core/lookup/services/CallbookLookup.h"
+#include "core/lookup/services/CredentialStore.h"
+#include "core/lookup/services/LookupCache.h"
 #include "gui/app/Commands.h"
 #include "gui/app/Messages.h"
 #include "gui/app/Selection.h"
 #include "gui/app/StatusLine.h"
 #include "gui/dialogs/ImageViewer.h"
+#include "gui/lookup/AccountsDialog.h"
 #include "gui/lookup/LoginWindow.h"
 
 #include <QAction>
@@ -24,20 +28,28 @@
 #include <QNetworkAccessManager>
 #include <QTimer>
 
+#include <algorithm>
+
 namespace marvik::gui {
 
 using i18n::TextId;
 using lists::Column;
+using lookup::FailReason;
 
 namespace {
-// No answer within this time ends a lookup with "not found".
-constexpr int kLookupTimeoutMs = 12000;
+// One source that gives no answer within this time counts as not knowing
+// the call; the next source of the fallback order is asked.
+constexpr int kSourceTimeoutMs = 12000;
+// The whole lookup, every source together: after this the user hears the
+// outcome, answered from the cache if it knows the call.
+constexpr int kLookupDeadlineMs = 30000;
 } // namespace
 
 LookupController::LookupController(lists::ListStore &lists, app::Session &session, Selection &selection,
                                    StatusLine &status, const i18n::CurrentTexts &texts, Commands &commands,
-                                   QNetworkAccessManager &network, lookup::CookieJar &jar, QWidget *dialogParent,
-                                   QObject *parent)
+                                   QNetworkAccessManager &network, lookup::CookieJar &jar,
+                                   lookup::CallbookLookup &callbooks, lookup::CredentialStore &credentials,
+                                   QWidget *dialogParent, QObject *parent)
     : QObject(parent)
     , m_lists(lists)
     , m_session(session)
@@ -45,27 +57,32 @@ LookupController::LookupController(lists::ListStore &lists, app::Session &sessio
     , m_status(status)
     , m_texts(texts)
     , m_commands(commands)
+    , m_network(network)
     , m_jar(jar)
+    , m_callbooks(callbooks)
+    , m_credentials(credentials)
     , m_parent(dialogParent)
-    , m_sources(session.sources())
 {
     setObjectName(QStringLiteral("lookupController"));
-    m_lookUp = new lookup::LookUp(&network, m_sources, session.settings().ownCallsign, this);
+    // The callbook lookup's page control is the one the log-in state is asked
+    // with too, under the name users and tests know.
+    m_lookUp = m_callbooks.pageLookUp();
     m_lookUp->setObjectName(QStringLiteral("ucLookUp"));
     m_dnLoad = new lookup::PictureDownloader(&network, this);
     m_dnLoad->setObjectName(QStringLiteral("ucDnLoad"));
-    m_timeout = new QTimer(this);
-    m_timeout->setObjectName(QStringLiteral("Timer4"));
-    m_timeout->setSingleShot(true);
-    m_timeout->setInterval(kLookupTimeoutMs);
-    connect(m_timeout, &QTimer::timeout, this, &LookupController::timedOut);
+    // The lookup's time-out keeps the name it always had: it is the deadline
+    // of the whole lookup now, each source having its own shorter one.
+    m_callbooks.deadlineTimer()->setObjectName(QStringLiteral("Timer4"));
+    m_callbooks.setSourceTimeout(kSourceTimeoutMs);
+    m_callbooks.setDeadline(kLookupDeadlineMs);
+    applySources();
+    connect(&m_session, &app::Session::sourcesChanged, this, &LookupController::applySources);
 
     connect(m_lookUp, &lookup::LookUp::GotSite, this, &LookupController::gotSite);
-    connect(m_lookUp, &lookup::LookUp::GotPage, this, [this](const QString &call, bool) { gotPage(call); });
-    connect(m_lookUp, &lookup::LookUp::PageNotFound, this, &LookupController::pageNotFound);
-    connect(m_lookUp, &lookup::LookUp::CallNotFound, this, &LookupController::callNotFound);
-    connect(m_lookUp, &lookup::LookUp::LoginRequired, this, &LookupController::loginRequired);
-    connect(m_lookUp, &lookup::LookUp::requestFailed, this, &LookupController::requestFailed);
+    connect(&m_callbooks, &lookup::CallbookLookup::trying, this,
+            [this](const QString &call, lookup::Source source) { trying(call, source); });
+    connect(&m_callbooks, &lookup::CallbookLookup::answered, this, &LookupController::answered);
+    connect(&m_callbooks, &lookup::CallbookLookup::failed, this, &LookupController::failed);
     connect(m_dnLoad, &lookup::PictureDownloader::Progress, this,
             [this](qint64 done, qint64 total, const QString &) { emit pictureProgress(done, total); });
     connect(m_dnLoad, &lookup::PictureDownloader::DownloadComplete, this, &LookupController::pictureDownloaded);
@@ -77,17 +94,43 @@ LookupController::LookupController(lists::ListStore &lists, app::Session &sessio
     connect(commands.action(QStringLiteral("mnuShowPic")), &QAction::triggered, this,
             [this] { showPicture(m_selection.currentRow(), false); });
     connect(commands.action(QStringLiteral("mnuLogin")), &QAction::triggered, this, &LookupController::openLogin);
+    connect(commands.action(QStringLiteral("mnuAccounts")), &QAction::triggered, this,
+            &LookupController::openAccounts);
+    connect(commands.action(QStringLiteral("mnuClearCache")), &QAction::triggered, this,
+            &LookupController::clearCache);
     commands.provide(QStringLiteral("mnuUpdate"), [=] { return hasRow() && online(); });
-    commands.provide(QStringLiteral("mnuShowPic"), hasRow);
+    // A call without a picture file has nothing to show; the viewer would
+    // only blame a corrupt image.
+    commands.provide(QStringLiteral("mnuShowPic"), [this] { return hasPictureFile(); });
     commands.provide(QStringLiteral("mnuLogin"), online);
+    commands.provide(QStringLiteral("mnuAccounts"));
+    commands.provide(QStringLiteral("mnuClearCache"), [this] {
+        return m_callbooks.cache() && m_callbooks.cache()->isOpen();
+    });
 }
 
 LookupController::~LookupController()
 {
     // The downloads abort their replies on the way out, so they must go
     // before the network manager that owns those replies.
-    delete m_lookUp;
     delete m_dnLoad;
+}
+
+void LookupController::applySources()
+{
+    const lookup::SourceSettings &sources = m_session.sources();
+    m_callbooks.setSettings(sources);
+    if (lookup::LookupCache *cache = m_callbooks.cache()) {
+        cache->setFreshDays(sources.cacheFreshDays());
+        cache->setMaxEntries(sources.cacheMaxEntries());
+    }
+}
+
+bool LookupController::hasPictureFile() const
+{
+    const QString call = m_selection.callsign();
+    return m_selection.currentRow() >= 0 && !call.isEmpty()
+           && QFileInfo(m_session.dataFolder().picturePath(call)).isFile();
 }
 
 ImageViewer *LookupController::viewer() const
@@ -123,7 +166,7 @@ void LookupController::gotSite(const QString &subject, bool loggedIn)
 {
     // A late answer from the source chosen before must not label this one.
     const lookup::Source source = m_session.currentSource();
-    if (!lookup::isOnline(source) || subject != lookup::requestLabel(m_sources, source))
+    if (!lookup::isOnline(source) || subject != lookup::requestLabel(m_session.sources(), source))
         return;
     // Callook needs no log-in, so its site never says whether one is made.
     const TextId suffix = source == lookup::Source::Callook ? TextId::LoginNotNeeded
@@ -173,39 +216,99 @@ void LookupController::startLookup(const QString &callSign, const QString &typed
     m_rowCallsign = rowCallsign;
     m_list = m_selection.currentList();
     m_source = source;
-    qCDebug(lcLookup) << "looking up" << callSign << "on source" << lookup::dataBaseOf(source);
-
-    m_lookUp->setOwnCallsign(m_session.settings().ownCallsign);
-    m_lookUp->setCurrentSource(source);
-    m_lookUp->setDataBase(lookup::dataBaseOf(source));
-    m_timeout->start();
-    m_lookUp->GetPage(callSign + u'2');
+    qCDebug(lcLookup) << "looking up" << callSign << "from source" << lookup::dataBaseOf(source);
+    m_callbooks.setOwnCallsign(m_session.settings().ownCallsign);
+    m_callbooks.lookUp(callSign, source);
 }
 
-void LookupController::gotPage(const QString &callSign)
+void LookupController::trying(const QString &callSign, lookup::Source source)
+{
+    if (callSign == m_call)
+        m_status.busy(m_texts.fill(TextId::LookingUp, callSign, lookup::menuLabel(m_session.sources(), source)));
+}
+
+void LookupController::cancel()
+{
+    if (!m_callbooks.isBusy())
+        return;
+    m_callbooks.cancel();
+    m_status.idle();
+    m_status.note(m_texts.fill(TextId::LookupCancelled, m_call));
+    m_call.clear();
+}
+
+void LookupController::answered(const lookup::CallbookAnswer &answer)
+{
+    if (answer.callsign != m_call)
+        return;
+    m_status.idle();
+    // The user hears where the row came from whenever it was not the source
+    // they chose, so a fallback never passes for the chosen callbook.
+    m_answerNote.clear();
+    if (answer.cached)
+        m_answerNote = m_texts.fill(TextId::AnsweredCached, answer.callsign,
+                                    answer.cachedAt.toLocalTime().date().toString(Qt::ISODate));
+    else if (answer.source != m_source)
+        m_answerNote = m_texts.fill(TextId::AnsweredBy, answer.callsign, lookup::sourceInfo(answer.source).key.toString());
+    if (!m_answerNote.isEmpty())
+        m_status.note(m_answerNote);
+    const QString key = m_rowCallsign.isEmpty() ? m_call : m_rowCallsign;
+    writeRow(answer.result);
+    // The picture host files pictures under the call as typed; a service
+    // that names a picture of its own is asked for that one.
+    const lookup::SourceSettings &sources = m_session.sources();
+    const QString hostAddress = lookup::pictureAddress(sources.picturesHost(), m_call);
+    QString address = answer.result.pictureUrl;
+    if (address.isEmpty() || address == hostAddress)
+        address = lookup::pictureAddress(sources.picturesHost(), m_typed.isEmpty() ? key : m_typed);
+    // Offline, the picture of a cached answer is most likely on disk already.
+    if (answer.cached && QFileInfo(m_session.dataFolder().picturePath(key)).isFile())
+        return;
+    startPicture(key, address);
+}
+
+void LookupController::failed(const QString &callSign, const QList<lookup::SourceFailure> &failures)
 {
     if (callSign != m_call)
         return;
-    m_timeout->stop();
-    // The readers follow data_base; a log-in check for another source may
-    // have changed it while the page was on its way.
-    m_lookUp->setDataBase(lookup::dataBaseOf(m_source));
-    const lookup::LookupResult result = lookup::readLookupResult(*m_lookUp, callSign);
-    switch (result.outcome) {
-    case lookup::LookupOutcome::Found:
-        writeRow(result);
-        break;
-    case lookup::LookupOutcome::ReaderError:
-        qCWarning(lcLookup) << "the page of" << callSign << "could not be read:" << result.error;
-        m_status.alarm(m_texts.fill(TextId::PageUnreadable, callSign, lookup::menuLabel(m_sources, m_source)), true);
-        break;
-    case lookup::LookupOutcome::CallNotFound:
-    case lookup::LookupOutcome::LoginRequired:
-    case lookup::LookupOutcome::PageNotFound:
-        // The readers have raised CallNotFound or LoginRequired; their
-        // handlers have told the user.
-        break;
-    }
+    m_status.idle();
+    using F = lookup::SourceFailure;
+    const auto first = [&failures](auto test) -> const F * {
+        const auto it = std::find_if(failures.begin(), failures.end(), test);
+        return it == failures.end() ? nullptr : &*it;
+    };
+    const auto label = [this](const F *f) { return lookup::menuLabel(m_session.sources(), f->source); };
+    for (const F &f : failures)
+        qCInfo(lcLookup) << callSign << lookup::sourceName(f.source) << lookup::failReasonText(f.reason) << f.detail;
+    // A source that answered beats one that could not: "not found" from any
+    // source is the outcome, then a page that wants a log-in, a page we could
+    // not read, an account or a quota; only when no source said anything is
+    // it the network. A lookup that merely ran out of time is "not found", as
+    // it always was.
+    const auto page = [](const F &x) { return x.via == lookup::Via::Page; };
+    const F *notFound = first([](const F &x) { return x.reason == FailReason::NotFound; });
+    const F *pageLogin = first([&](const F &x) { return x.reason == FailReason::LoginRequired && page(x); });
+    const F *unreadable = first([&](const F &x) { return x.reason == FailReason::Unreadable && page(x); });
+    const F *account = first([](const F &x) {
+        return x.reason == FailReason::NoAccount || x.reason == FailReason::LoginRequired;
+    });
+    const F *quota = first([](const F &x) { return x.reason == FailReason::QuotaUsedUp; });
+    const F *notTimeOut = first([](const F &x) { return x.reason != FailReason::TimedOut; });
+    if (notFound)
+        m_status.alarm(m_texts.fill(TextId::NotFound, callSign), true);
+    else if (pageLogin)
+        m_status.alarm(m_texts[TextId::LoginRequired], true);
+    else if (unreadable)
+        m_status.alarm(m_texts.fill(TextId::PageUnreadable, callSign, label(unreadable)), true);
+    else if (account)
+        m_status.alarm(m_texts.fill(TextId::AccountNeeded, callSign, label(account)));
+    else if (quota)
+        m_status.alarm(m_texts.fill(TextId::QuotaUsedUp, callSign, label(quota)));
+    else if (!notTimeOut)
+        m_status.alarm(m_texts.fill(TextId::NotFound, callSign));
+    else
+        m_status.alarm(m_texts.fill(TextId::NetworkFailure, callSign, lookup::menuLabel(m_session.sources(), m_source)));
+    m_call.clear();
 }
 
 void LookupController::writeRow(const lookup::LookupResult &result)
@@ -229,51 +332,13 @@ void LookupController::writeRow(const lookup::LookupResult &result)
     m_lists.changed(m_list);
     if (m_list == m_selection.currentList())
         m_selection.reveal(m_list, model->findCallsign(key));
-    startPicture(key, m_typed);
+    m_commands.refresh();
 }
 
-void LookupController::startPicture(const QString &callSign, const QString &typed)
+void LookupController::startPicture(const QString &callSign, const QString &address)
 {
-    const QString address = lookup::pictureAddress(m_sources.picturesHost(), typed.isEmpty() ? callSign : typed);
     emit pictureProgress(0, 0);
     m_dnLoad->DownloadFile(address, lookup::PictureDownloader::kForceUpdate, callSign);
-}
-
-void LookupController::pageNotFound(const QString &callSign)
-{
-    if (callSign != m_call)
-        return;
-    m_timeout->stop();
-    m_status.alarm(m_texts.fill(TextId::NotFound, callSign), true);
-}
-
-void LookupController::callNotFound(const QString &callSign)
-{
-    m_timeout->stop();
-    m_status.alarm(m_texts.fill(TextId::NotFound, callSign), true);
-}
-
-void LookupController::loginRequired(const QString &)
-{
-    m_timeout->stop();
-    m_status.alarm(m_texts[TextId::LoginRequired], true);
-}
-
-void LookupController::timedOut()
-{
-    m_timeout->stop();
-    m_status.alarm(m_texts.fill(TextId::NotFound, m_call));
-}
-
-void LookupController::requestFailed(const QString &name, const QString &reason)
-{
-    qCInfo(lcLookup) << "request" << name << "failed:" << reason;
-    // Only the page of the lookup in progress ends it early; the user need
-    // not wait for the time-out to learn the callbook cannot be reached.
-    if (name != m_call + u'2' || !m_timeout->isActive())
-        return;
-    m_timeout->stop();
-    m_status.alarm(m_texts.fill(TextId::NetworkFailure, m_call, reason));
 }
 
 void LookupController::pictureDownloadsEnded(const QString &name)
@@ -289,6 +354,7 @@ void LookupController::pictureDownloaded(const QString &name)
 {
     pictureDownloadsEnded(name);
     const lookup::StoredPicture stored = lookup::storePicture(m_session.dataFolder(), name, m_dnLoad->bytes());
+    m_commands.refresh();
     if (stored.status != lookup::PictureStatus::Saved) {
         pictureFailed(name, stored.error);
         return;
@@ -307,7 +373,12 @@ void LookupController::pictureFailed(const QString &name, const QString &reason)
 {
     pictureDownloadsEnded(name);
     qCInfo(lcLookup) << "no picture of" << name << reason;
-    m_status.alarm(m_texts.fill(TextId::NoPicture, name, reason));
+    // Most operators have no picture on file: a quiet note, never an alarm
+    // that hides the list chooser after a good lookup.
+    QString text = m_texts.fill(TextId::NoPicture, name, reason);
+    if (!m_answerNote.isEmpty() && m_status.noteText() == m_answerNote)
+        text = m_answerNote + QStringLiteral(" \u00b7 ") + text;
+    m_status.note(text);
 }
 
 void LookupController::showThumbnailPicture(int row)
@@ -340,7 +411,7 @@ void LookupController::showPicture(int row, bool fromThumbnail)
 
 void LookupController::openLogin()
 {
-    const QString site = lookup::siteAddress(m_sources, m_session.currentSource());
+    const QString site = lookup::siteAddress(m_session.sources(), m_session.currentSource());
     if (site.isEmpty())
         return;
     if (m_login)
@@ -357,6 +428,40 @@ void LookupController::closeWindows()
         m_login->close();
     if (m_viewer)
         m_viewer->close();
+    if (m_accounts)
+        m_accounts->reject();
+}
+
+AccountsDialog *LookupController::accountsDialog() const
+{
+    return m_accounts;
+}
+
+void LookupController::openAccounts()
+{
+    if (m_accounts) {
+        m_accounts->raise();
+        m_accounts->activateWindow();
+        return;
+    }
+    auto *dialog = new AccountsDialog(m_texts, m_session.sources(), m_credentials, m_network, m_callbooks.cache(),
+                                      m_parent);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(dialog, &QDialog::accepted, this, [this, dialog] { m_session.setSources(dialog->settings()); });
+    connect(dialog, &AccountsDialog::cacheCleared, this,
+            [this](int removed) { m_status.note(m_texts.fill(TextId::CacheCleared, QString::number(removed))); });
+    m_accounts = dialog;
+    dialog->open();
+}
+
+void LookupController::clearCache()
+{
+    lookup::LookupCache *cache = m_callbooks.cache();
+    if (!cache || !cache->isOpen())
+        return;
+    const int removed = cache->count();
+    cache->clear();
+    m_status.note(m_texts.fill(TextId::CacheCleared, QString::number(removed)));
 }
 
 } // namespace marvik::gui

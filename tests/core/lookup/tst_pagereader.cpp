@@ -52,6 +52,8 @@ private slots:
     void thumbnailSize_data();
     void thumbnailSize();
     void writeResult();
+    void writeResultKeepsWhatItLacks_data();
+    void writeResultKeepsWhatItLacks();
     void positionFromLocator();
 
 private:
@@ -389,6 +391,69 @@ void TestPageReader::writeResult()
     QCOMPARE(kept[lists::Column::Extra], u"QSL via bureau"_qs);
     QCOMPARE(kept[lists::Column::FullName], u"Hiram Percy Maxim"_qs);
     QCOMPARE(kept.firstNameBack, lists::kNicknameColour);
+}
+
+void TestPageReader::writeResultKeepsWhatItLacks_data()
+{
+    QTest::addColumn<bool>("existing");
+    QTest::addColumn<double>("latitude");
+    QTest::addColumn<double>("longitude");
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QStringList>("expected"); // full name, address, city, country, latitude, longitude
+    QTest::addColumn<bool>("azimuth");
+    const QStringList old{u"Old Name"_qs, u"Old St"_qs, u"Old Town"_qs, u"USA"_qs, u"41.7"_qs, u"-72.7"_qs};
+    // A new row without a position stores none and has no bearing, where
+    // it used to get 0/0 and the bearing to the Gulf of Guinea.
+    QTest::newRow("new, no position") << false << 0.0 << 0.0 << u"Hiram Maxim"_qs
+                                      << QStringList{u"Hiram Maxim"_qs, {}, {}, {}, {}, {}} << false;
+    // The list loader's rule: either coordinate 0 is no position.
+    QTest::newRow("new, latitude 0") << false << 0.0 << 10.0 << u"Hiram Maxim"_qs
+                                     << QStringList{u"Hiram Maxim"_qs, {}, {}, {}, {}, {}} << false;
+    QTest::newRow("new, position") << false << -33.9 << 18.4 << u"Hiram Maxim"_qs
+                                   << QStringList{u"Hiram Maxim"_qs, {}, {}, {}, u"-33.9"_qs, u"18.4"_qs} << true;
+    // An update from a source that tells less keeps what the row had.
+    QTest::newRow("update, nothing told") << true << 0.0 << 0.0 << QString() << old << true;
+    QTest::newRow("update, name only") << true << 0.0 << 0.0 << u" New Name "_qs
+                                       << QStringList{u"New Name"_qs, u"Old St"_qs, u"Old Town"_qs, u"USA"_qs,
+                                                      u"41.7"_qs, u"-72.7"_qs}
+                                       << true;
+    QTest::newRow("update, new position") << true << 51.5 << -0.1 << QString()
+                                          << QStringList{u"Old Name"_qs, u"Old St"_qs, u"Old Town"_qs, u"USA"_qs,
+                                                         u"51.5"_qs, u"-0.1"_qs}
+                                          << true;
+}
+
+void TestPageReader::writeResultKeepsWhatItLacks()
+{
+    QFETCH(bool, existing);
+    QFETCH(double, latitude);
+    QFETCH(double, longitude);
+    QFETCH(QString, name);
+    QFETCH(QStringList, expected);
+    QFETCH(bool, azimuth);
+    const marvik::maps::Position me{51.5, -0.12};
+    CallRecord row;
+    row[lists::Column::Callsign] = u"W1AW"_qs;
+    row[lists::Column::FullName] = u"Old Name"_qs;
+    row[lists::Column::Address] = u"Old St"_qs;
+    row[lists::Column::City] = u"Old Town"_qs;
+    row[lists::Column::Country] = u"USA"_qs;
+    row[lists::Column::Latitude] = u"41.7"_qs;
+    row[lists::Column::Longitude] = u"-72.7"_qs;
+    LookupResult r;
+    r.name = name;
+    r.latitude = latitude;
+    r.longitude = longitude;
+    writeLookupResult(row, existing, u"W1AW"_qs, r, me, QDateTime(QDate(2024, 3, 9), QTime(7, 5, 3)));
+
+    const QStringList got{row[lists::Column::FullName], row[lists::Column::Address], row[lists::Column::City],
+                          row[lists::Column::Country], row[lists::Column::Latitude], row[lists::Column::Longitude]};
+    QCOMPARE(got, expected);
+    const double lat = expected.at(4).toDouble();
+    const double lon = expected.at(5).toDouble();
+    QCOMPARE(row[lists::Column::Azimuth],
+             azimuth ? marvik::maps::azimuthText(marvik::maps::bearingFrom(me, lat, lon).degrees) : QString());
+    QCOMPARE(row[lists::Column::TimeStamp], u"20240309070503"_qs);
 }
 
 void TestPageReader::positionFromLocator()

@@ -87,6 +87,9 @@ public:
                    QObject *parent = nullptr);
     ~CallbookLookup() override;
 
+    /// The cache to keep answers in and to answer from; null: none.
+    void setCache(LookupCache *cache) { m_cache = cache; }
+    LookupCache *cache() const { return m_cache; }
     void setSettings(const SourceSettings &settings);
     const SourceSettings &settings() const { return m_settings; }
     /// The user's callsign, by which QRZ's pages tell a log-in.
@@ -105,6 +108,9 @@ public:
     /// The sources a lookup would try, in order, with the way each is reached.
     QList<QPair<Source, Via>> plan(Source chosen, const LookupOptions &options = {}) const;
 
+    /// The timer of the whole lookup's deadline, for a window that shows it
+    /// under its own name.
+    QTimer *deadlineTimer() const { return m_deadline; }
     /// The page request control the page sources go through.
     LookUp *pageLookUp() const { return m_lookUp; }
     /// The client of a service, made on first use (for a "Test" of an account).

@@ -118,6 +118,26 @@ enum class TextId : int {
     MapShowWorld,
     MapUnreadable,
     MapHint,
+    // Dialogs: the add/edit dialog's boxes (the setup dialog shares three),
+    // the setup dialog's locator box and status, the new-version question.
+    AddEditCaption,
+    FieldCallsign,
+    FieldNickname,
+    FieldAzimuth,
+    FieldName,
+    FieldAddress,
+    FieldCity,
+    FieldCountry,
+    FieldLatitude,
+    FieldLongitude,
+    InLists,
+    SetupFromLocator,
+    SetupLocatorHint,
+    SetupNotFound,
+    SetupLoginRequired,
+    NewVersionQuestion,
+    ButtonYes,
+    ButtonNo,
 
     Count
 };

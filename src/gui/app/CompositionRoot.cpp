@@ -12,6 +12,7 @@
 #include "gui/app/MainWindow.h"
 #include "gui/app/Messages.h"
 #include "gui/app/Selection.h"
+#include "gui/dialogs/DialogsController.h"
 #include "gui/lists/ListsController.h"
 #include "gui/lookup/LookupController.h"
 
@@ -51,6 +52,7 @@ CompositionRoot::~CompositionRoot()
 {
     // Controllers hold references to the window's status line and the
     // network manager; they go first.
+    delete m_dialogs;
     delete m_lookup;
     delete m_listsController;
     delete m_app;
@@ -63,6 +65,12 @@ void CompositionRoot::wire()
     m_listsController = new ListsController(*m_lists, *m_session, *m_selection, *m_texts, *m_commands, w, this);
     m_lookup = new LookupController(*m_lists, *m_session, *m_selection, w->statusLine(), *m_texts, *m_commands,
                                     *m_network, *m_jar, w, this);
+
+    // Dialogs: add/edit, setup, and the new-version question once the
+    // window has shown, so the update check never holds up the start.
+    m_dialogs = new DialogsController(*m_lists, *m_session, *m_selection, w->statusLine(), *m_texts, *m_commands,
+                                      *m_network, w, this);
+    connect(w, &MainWindow::firstPaint, m_dialogs, &DialogsController::checkForUpdates);
 
     connect(w, &MainWindow::getRequested, m_lookup, &LookupController::get);
     connect(w, &MainWindow::thumbnailClicked, m_lookup, &LookupController::showThumbnailPicture);
@@ -198,6 +206,7 @@ void CompositionRoot::shutDown()
         return;
     m_shutDown = true;
     m_lookup->closeWindows();
+    m_dialogs->closeWindows();
 
     if (const std::optional<app::Placement> place = m_window->placementToKeep())
         m_session->savePlacement(*place);

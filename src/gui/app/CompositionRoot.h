@@ -27,6 +27,7 @@ namespace marvik::gui {
 
 class AppController;
 class Commands;
+class DialogsController;
 class ListsController;
 class LookupController;
 class MainWindow;
@@ -62,6 +63,7 @@ public:
     lookup::CookieJar &cookieJar() const { return *m_jar; }
     LookupController *lookup() const { return m_lookup; }
     ListsController *listsController() const { return m_listsController; }
+    DialogsController *dialogs() const { return m_dialogs; }
 
 private:
     void wire();
@@ -82,6 +84,7 @@ private:
     AppController *m_app = nullptr;
     ListsController *m_listsController = nullptr;
     LookupController *m_lookup = nullptr;
+    DialogsController *m_dialogs = nullptr;
     /// The word for list the default list names were made with.
     QString m_listWord;
     bool m_started = false;

@@ -114,7 +114,9 @@ SetupDialog::SetupDialog(app::Session &session, const i18n::CurrentTexts &texts,
     }
     m_filling = false;
     m_cmdGetLatLon->setEnabled(!m_txtCall->text().isEmpty());
-    updateGridLine();
+    // No position yet: no locator of 0, 0 either.
+    if (m_session.me().isSet())
+        updateGridLine();
     relabel();
 
     connect(m_txtCall, &QLineEdit::textChanged, this, &SetupDialog::callChanged);
@@ -232,13 +234,15 @@ void SetupDialog::getLatLon()
     options.fallback = false;
     options.cacheWhenFailing = false;
     m_pageCall.clear();
+    m_asked = call;
     m_lookUp->lookUp(call, source, options);
     m_timer->start();
 }
 
 void SetupDialog::answered(const lookup::CallbookAnswer &answer)
 {
-    if (!m_timer->isActive())
+    // Too late, or for a call asked before the last click.
+    if (!m_timer->isActive() || answer.callsign != m_asked)
         return;
     m_timer->stop();
     const maps::Position found{answer.result.latitude, answer.result.longitude};

@@ -78,6 +78,8 @@ private:
     /// The locator the grid line shows; empty while it shows nothing.
     QString m_gridLocator;
     std::function<QString()> m_status;
+    /// The call the lookup under way asks for.
+    QString m_asked;
     /// What the last call page said about the log-in, for the status.
     QString m_pageCall;
     bool m_pageLoggedIn = false;

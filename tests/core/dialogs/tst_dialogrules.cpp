@@ -1,14 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The dialogs' rules that need no window: the add/edit dialog's search and
-// writing, the setup dialog's grid line and status, the update page.
+// writing, and the update page's version.
 #include "support/TestFiles.h"
 
 #include "core/app/Config.h"
 #include "core/app/DataFolder.h"
 #include "core/dialogs/AddEdit.h"
 #include "core/dialogs/NewVersion.h"
-#include "core/dialogs/OwnStation.h"
-#include "core/i18n/Texts.h"
 #include "core/lists/ListStore.h"
 
 #include <QTemporaryDir>
@@ -94,8 +92,6 @@ private slots:
             << old << "Hans Meyer" << "" << "45" << "52.52" << "13.405" << false << "Hansi" << true << deg45;
         QTest::newRow("nickname written, first word alike")
             << old << "Hans Meyer" << "Hans" << "45" << "52.52" << "13.405" << false << "Hans" << false << deg45;
-        QTest::newRow("case counts") << old << "Hans Meyer" << "hans" << "45" << "52.52" << "13.405" << false << "hans"
-                                     << true << deg45;
         QTest::newRow("full name without a blank, alike")
             << old << "Hans" << "Hans" << "45" << "52.52" << "13.405" << false << "Hans" << false << deg45;
         QTest::newRow("full name without a blank, longer")
@@ -160,7 +156,6 @@ private slots:
         QTest::newRow("Me itself") << 51.5 << -0.12 << "51.5" << "-0.12" << "=0";
         QTest::newRow("no own position") << 0.0 << 0.0 << "52.52" << "13.405" << "=0";
         QTest::newRow("both boxes empty") << 51.5 << -0.12 << "" << "" << "=";
-        QTest::newRow("one box typed") << 51.5 << -0.12 << "52.52" << "" << "52.52,0";
         QTest::newRow("text after the number") << 51.5 << -0.12 << "52.52 N" << "13.405E" << "52.52,13.405";
         // The add/edit dialog takes a point only: "52,5" is 52.
         QTest::newRow("comma ends the number") << 51.5 << -0.12 << "52,5" << "13" << "52,13";
@@ -181,50 +176,6 @@ private slots:
             QVERIFY(degrees != 0);
             QCOMPARE(box, QString::number(degrees));
         }
-    }
-
-    void gridLine_data()
-    {
-        QTest::addColumn<double>("latitude");
-        QTest::addColumn<double>("longitude");
-        QTest::addColumn<QString>("line"); // empty: the line stays as it was
-        QTest::newRow("Berlin") << 52.52 << 13.405 << "Grid locator:   JO62qm";
-        QTest::newRow("south-west corner") << -90.0 << -180.0 << "Grid locator:   AA00aa";
-        QTest::newRow("north-east corner") << 90.0 << 180.0 << "Grid locator:   RR99xx";
-        QTest::newRow("latitude 91") << 91.0 << 13.0 << "";
-        QTest::newRow("longitude -180.5") << 10.0 << -180.5 << "";
-    }
-    void gridLine()
-    {
-        QFETCH(double, latitude);
-        QFETCH(double, longitude);
-        QFETCH(QString, line);
-        const std::optional<QString> shown = dialogs::gridLine(QStringLiteral("Grid locator"), latitude, longitude);
-        QCOMPARE(shown.value_or(QString()), line);
-    }
-
-    void lookupStatus_data()
-    {
-        QTest::addColumn<int>("source");
-        QTest::addColumn<bool>("loggedIn");
-        QTest::addColumn<QString>("status");
-        QTest::newRow("QRZ logged in") << int(lookup::Source::Qrz) << true << "QRZ  (Logged in)";
-        QTest::newRow("eHam not") << int(lookup::Source::EHam) << false << "eHam  (Login required)";
-        QTest::newRow("Callook never needs one") << int(lookup::Source::Callook) << false
-                                                 << "Callook  (Login not required)";
-        QTest::newRow("Callook, whatever it says") << int(lookup::Source::Callook) << true
-                                                   << "Callook  (Login not required)";
-    }
-    void lookupStatus()
-    {
-        QFETCH(int, source);
-        QFETCH(bool, loggedIn);
-        QFETCH(QString, status);
-        QCOMPARE(dialogs::lookupStatus(i18n::Texts::english(), lookup::Source(source), loggedIn), status);
-        // A translation's words get the same two blanks.
-        i18n::Texts german = i18n::Texts::english();
-        german[i18n::TextId::LoggedIn] = QStringLiteral("(Angemeldet)");
-        QCOMPARE(dialogs::lookupStatus(german, lookup::Source::Qrz, true), QStringLiteral("QRZ  (Angemeldet)"));
     }
 
     void updatePage_data()

@@ -205,9 +205,14 @@ private slots:
         QVERIFY(child<QAction>(QStringLiteral("mnuLang0"))->isChecked());
         QVERIFY(child<QRadioButton>(QStringLiteral("optSort0"))->isChecked());
         QCOMPARE(child<QPushButton>(QStringLiteral("cmdGet"))->palette().color(QPalette::Button), QColor(170, 197, 255));
-        // The map part is wired in; the dialogs' part is not built yet.
+        // The map part is wired in.
         QVERIFY(child<QPushButton>(QStringLiteral("cmdMap"))->isEnabled());
-        QVERIFY(!child<QAction>(QStringLiteral("mnuLatLon"))->isEnabled());
+        // The dialogs' items: the setup ones always, the manual update of a
+        // row only while a row is selected.
+        QVERIFY(child<QAction>(QStringLiteral("mnuLatLon"))->isEnabled());
+        QVERIFY(child<QAction>(QStringLiteral("mnuAdd"))->isEnabled());
+        QCOMPARE(m_root->selection().currentRow(), -1);
+        QVERIFY(!child<QAction>(QStringLiteral("mnuManUpdate"))->isEnabled());
         QVERIFY(child<QAction>(QStringLiteral("mnuNames"))->isEnabled());
         QCOMPARE(m_window->minimumSize(), QSize(300, 200));
         QCOMPARE(m_window->maximumWidth(), 614);
@@ -424,6 +429,9 @@ private slots:
         // The lookup is wired in and the source is online; the sharing part
         // is not built yet, so its items stay disabled.
         QVERIFY(child<QAction>(QStringLiteral("mnuUpdate"))->isEnabled());
+        QCOMPARE(child<QAction>(QStringLiteral("mnuManUpdate"))->text(), QStringLiteral("Update %1 manually").arg(call));
+        QVERIFY(child<QAction>(QStringLiteral("mnuManUpdate"))->isEnabled());
+        QVERIFY(child<QAction>(QStringLiteral("mnuAddNew"))->isEnabled());
         QVERIFY(!child<QAction>(QStringLiteral("mnu4"))->isEnabled());
         QVERIFY(child<QAction>(QStringLiteral("mnu3"))->isEnabled());
         menu->hide();
@@ -440,6 +448,7 @@ private slots:
         QVERIFY(menu->isVisible());
         QVERIFY(!child<QMenu>(QStringLiteral("mnuPopup"))->isVisible());
         QCOMPARE(child<QAction>(QStringLiteral("mnuAddNew2"))->text(), QStringLiteral("Manually add new callsign"));
+        QVERIFY(child<QAction>(QStringLiteral("mnuAddNew2"))->isEnabled());
         menu->hide();
     }
 

@@ -11,4 +11,5 @@ Q_LOGGING_CATEGORY(lcMaps, "marvik.maps", QtInfoMsg)
 Q_LOGGING_CATEGORY(lcShare, "marvik.share", QtInfoMsg)
 Q_LOGGING_CATEGORY(lcI18n, "marvik.i18n", QtInfoMsg)
 Q_LOGGING_CATEGORY(lcLogs, "marvik.logs", QtInfoMsg)
+Q_LOGGING_CATEGORY(lcDialogs, "marvik.dialogs", QtInfoMsg)
 } // namespace marvik

@@ -156,6 +156,26 @@ enum class TextId : int {
     CacheCount,
     ButtonClearCache,
     ButtonOk,
+    // Dialogs: the add/edit dialog's boxes (the setup dialog shares three),
+    // the setup dialog's locator box and status, the new-version question.
+    AddEditCaption,
+    FieldCallsign,
+    FieldNickname,
+    FieldAzimuth,
+    FieldName,
+    FieldAddress,
+    FieldCity,
+    FieldCountry,
+    FieldLatitude,
+    FieldLongitude,
+    InLists,
+    SetupFromLocator,
+    SetupLocatorHint,
+    SetupNotFound,
+    SetupLoginRequired,
+    NewVersionQuestion,
+    ButtonYes,
+    ButtonNo,
 
     Count
 };

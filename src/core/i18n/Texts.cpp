@@ -158,6 +158,25 @@ constexpr Builtin kEnglish[] = {
     {TextId::CacheCount, u"xxx results cached"},
     {TextId::ButtonClearCache, u"C&lear cache"},
     {TextId::ButtonOk, u"OK"},
+    // Dialogs.
+    {TextId::AddEditCaption, u"Enter callsign to add or edit"},
+    {TextId::FieldCallsign, u"Callsign"},
+    {TextId::FieldNickname, u"Nickname"},
+    {TextId::FieldAzimuth, u"Azimuth"},
+    {TextId::FieldName, u"Name"},
+    {TextId::FieldAddress, u"Address"},
+    {TextId::FieldCity, u"City/State"},
+    {TextId::FieldCountry, u"Country"},
+    {TextId::FieldLatitude, u"Latitude"},
+    {TextId::FieldLongitude, u"Longitude"},
+    {TextId::InLists, u"xxx is in list ???"},
+    {TextId::SetupFromLocator, u"From locator"},
+    {TextId::SetupLocatorHint, u"Type a six-character locator such as JO62qm: the position becomes the centre of its square."},
+    {TextId::SetupNotFound, u"Not found"},
+    {TextId::SetupLoginRequired, u"Login required"},
+    {TextId::NewVersionQuestion, u"A new version of Marvik is out: xxx.\nDo you want to open the download page?"},
+    {TextId::ButtonYes, u"&Yes"},
+    {TextId::ButtonNo, u"&No"},
 };
 
 } // namespace

@@ -15,6 +15,7 @@
 #include "gui/app/MainWindow.h"
 #include "gui/app/Messages.h"
 #include "gui/app/Selection.h"
+#include "gui/dialogs/DialogsController.h"
 #include "gui/lists/ListsController.h"
 #include "gui/lookup/LookupController.h"
 #include "gui/maps/MapController.h"
@@ -61,6 +62,7 @@ CompositionRoot::~CompositionRoot()
     // Controllers hold references to the window's status line and the
     // network manager; they go first.
     delete m_map;
+    delete m_dialogs;
     delete m_lookup;
     delete m_listsController;
     delete m_app;
@@ -79,6 +81,12 @@ void CompositionRoot::wire()
     // Maps.
     m_map = new MapController(*m_session, *m_selection, *m_texts, *m_commands, this);
     connect(w, &MainWindow::rowMouseUp, m_map, &MapController::rowClicked);
+
+    // Dialogs: add/edit, setup, and the new-version question once the
+    // window has shown, so the update check never holds up the start.
+    m_dialogs = new DialogsController(*m_lists, *m_session, *m_selection, w->statusLine(), *m_texts, *m_commands,
+                                      *m_network, w, this);
+    connect(w, &MainWindow::firstPaint, m_dialogs, &DialogsController::checkForUpdates);
 
     connect(w, &MainWindow::getRequested, m_lookup, &LookupController::get);
     connect(w, &MainWindow::cancelRequested, m_lookup, &LookupController::cancel);
@@ -225,6 +233,7 @@ void CompositionRoot::shutDown()
     m_shutDown = true;
     m_lookup->closeWindows();
     m_map->closeWindow();
+    m_dialogs->closeWindows();
 
     if (const std::optional<app::Placement> place = m_window->placementToKeep())
         m_session->savePlacement(*place);

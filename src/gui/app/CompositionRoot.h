@@ -30,6 +30,7 @@ namespace marvik::gui {
 
 class AppController;
 class Commands;
+class DialogsController;
 class ListsController;
 class LookupController;
 class MapController;
@@ -71,6 +72,7 @@ public:
     lookup::LookupCache *lookupCache() const { return m_cache.get(); }
     ListsController *listsController() const { return m_listsController; }
     MapController *map() const { return m_map; }
+    DialogsController *dialogs() const { return m_dialogs; }
 
 private:
     void wire();
@@ -97,6 +99,7 @@ private:
     ListsController *m_listsController = nullptr;
     LookupController *m_lookup = nullptr;
     MapController *m_map = nullptr;
+    DialogsController *m_dialogs = nullptr;
     /// The word for list the default list names were made with.
     QString m_listWord;
     bool m_started = false;

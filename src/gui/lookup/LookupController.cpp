@@ -229,6 +229,8 @@ void LookupController::writeRow(const lookup::LookupResult &result)
     m_lists.changed(m_list);
     if (m_list == m_selection.currentList())
         m_selection.reveal(m_list, model->findCallsign(key));
+    // The user asked for this one: a missing picture is told again.
+    m_quietPictures.remove(key);
     startPicture(key, m_typed);
 }
 
@@ -237,6 +239,12 @@ void LookupController::startPicture(const QString &callSign, const QString &type
     const QString address = lookup::pictureAddress(m_sources.picturesHost(), typed.isEmpty() ? callSign : typed);
     emit pictureProgress(0, 0);
     m_dnLoad->DownloadFile(address, lookup::PictureDownloader::kForceUpdate, callSign);
+}
+
+void LookupController::fetchPictureQuietly(const QString &callSign)
+{
+    m_quietPictures.insert(callSign);
+    startPicture(callSign, callSign);
 }
 
 void LookupController::pageNotFound(const QString &callSign)
@@ -293,6 +301,7 @@ void LookupController::pictureDownloaded(const QString &name)
         pictureFailed(name, stored.error);
         return;
     }
+    m_quietPictures.remove(name);
     // Every list that holds the call shows the new thumbnail at once.
     for (int n = 1; n <= lists::kListCount; ++n) {
         lists::CallListModel *model = m_lists.model(n);
@@ -307,7 +316,8 @@ void LookupController::pictureFailed(const QString &name, const QString &reason)
 {
     pictureDownloadsEnded(name);
     qCInfo(lcLookup) << "no picture of" << name << reason;
-    m_status.alarm(m_texts.fill(TextId::NoPicture, name, reason));
+    if (!m_quietPictures.remove(name))
+        m_status.alarm(m_texts.fill(TextId::NoPicture, name, reason));
 }
 
 void LookupController::showThumbnailPicture(int row)

@@ -5,6 +5,7 @@
 
 #include <QObject>
 #include <QPointer>
+#include <QSet>
 #include <QWidget>
 #include <QString>
 
@@ -69,6 +70,11 @@ public:
     void sourceChanged(const QString &label);
     /// Shut-down: the viewer and the log-in window close.
     void closeWindows();
+    /// The picture of a call some other part has just written into a list
+    /// (a whole-list update): fetched, stored and shown as after a Get, but
+    /// a call without a picture is not an alarm, since a long run of them
+    /// would keep the status line red.
+    void fetchPictureQuietly(const QString &callSign);
 
 signals:
     void databaseCaptionChanged(const QString &caption);
@@ -108,6 +114,8 @@ private:
     QPointer<ImageViewer> m_viewer;
     QPointer<LoginWindow> m_login;
     QString m_sourceLabel;
+    /// Pictures fetched for fetchPictureQuietly(), by name.
+    QSet<QString> m_quietPictures;
 
     // The lookup in progress: the call as requested, as typed (for the
     // picture address), the row it updates (empty: a new row), its list and

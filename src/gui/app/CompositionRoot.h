@@ -28,6 +28,7 @@ namespace marvik::gui {
 class AppController;
 class Commands;
 class ListsController;
+class LogsController;
 class LookupController;
 class MainWindow;
 class Selection;
@@ -62,6 +63,7 @@ public:
     lookup::CookieJar &cookieJar() const { return *m_jar; }
     LookupController *lookup() const { return m_lookup; }
     ListsController *listsController() const { return m_listsController; }
+    LogsController *logs() const { return m_logs; }
 
 private:
     void wire();
@@ -82,6 +84,7 @@ private:
     AppController *m_app = nullptr;
     ListsController *m_listsController = nullptr;
     LookupController *m_lookup = nullptr;
+    LogsController *m_logs = nullptr;
     /// The word for list the default list names were made with.
     QString m_listWord;
     bool m_started = false;

@@ -152,11 +152,12 @@ bool ListStore::save(int list)
     return false;
 }
 
-void ListStore::changed(int list)
+bool ListStore::changed(int list)
 {
     sort(list, m_settings.sortMode);
-    save(list);
+    const bool saved = save(list);
     emit chooserLineChanged(list);
+    return saved;
 }
 
 void ListStore::countChanged(int list)

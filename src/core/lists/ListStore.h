@@ -74,8 +74,8 @@ public:
     /// Writes list n's file; a failure is reported by writeFailed().
     bool save(int list);
     /// After a change of list n: sort with the program's sort mode, save,
-    /// and tell the chooser.
-    void changed(int list);
+    /// and tell the chooser. False when the file could not be written.
+    bool changed(int list);
     /// A list's rows changed without a save (a clear): tell the chooser.
     void countChanged(int list);
     /// Me moved: every row's azimuth again.

@@ -73,6 +73,23 @@ bool isBandName(const QString &band)
     return pattern.match(band).hasMatch();
 }
 
+const QStringList &bandNames()
+{
+    // The enumeration of ADIF 3.1.4.
+    static const QStringList bands = {
+        QStringLiteral("2190m"), QStringLiteral("630m"), QStringLiteral("560m"),   QStringLiteral("160m"),
+        QStringLiteral("80m"),   QStringLiteral("60m"),  QStringLiteral("40m"),    QStringLiteral("30m"),
+        QStringLiteral("20m"),   QStringLiteral("17m"),  QStringLiteral("15m"),    QStringLiteral("12m"),
+        QStringLiteral("10m"),   QStringLiteral("8m"),   QStringLiteral("6m"),     QStringLiteral("5m"),
+        QStringLiteral("4m"),    QStringLiteral("2m"),   QStringLiteral("1.25m"),  QStringLiteral("70cm"),
+        QStringLiteral("33cm"),  QStringLiteral("23cm"), QStringLiteral("13cm"),   QStringLiteral("9cm"),
+        QStringLiteral("6cm"),   QStringLiteral("3cm"),  QStringLiteral("1.25cm"), QStringLiteral("6mm"),
+        QStringLiteral("4mm"),   QStringLiteral("2.5mm"), QStringLiteral("2mm"),   QStringLiteral("1mm"),
+        QStringLiteral("submm"),
+    };
+    return bands;
+}
+
 bool isModeName(const QString &mode)
 {
     static const QRegularExpression pattern(QStringLiteral("^[A-Za-z0-9][A-Za-z0-9/-]*$"));

@@ -5,6 +5,7 @@
 
 #include <QDateTime>
 #include <QString>
+#include <QStringList>
 
 namespace marvik::lists {
 class CallListModel;
@@ -39,6 +40,10 @@ QString programVersion();
 /// A band as ADIF writes it: a number and "m", "cm" or "mm" ("20m",
 /// "1.25m", "70cm"), or "submm". Case does not matter.
 bool isBandName(const QString &band);
+
+/// ADIF's bands, from the longest wave to the shortest, as a logger's
+/// band menu offers them.
+const QStringList &bandNames();
 
 /// A mode as ADIF writes it: letters, digits, "-" and "/" only.
 bool isModeName(const QString &mode);

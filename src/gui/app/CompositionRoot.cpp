@@ -17,6 +17,7 @@
 #include "gui/app/Selection.h"
 #include "gui/dialogs/DialogsController.h"
 #include "gui/lists/ListsController.h"
+#include "gui/logs/LogsController.h"
 #include "gui/lookup/LookupController.h"
 #include "gui/maps/MapController.h"
 
@@ -63,6 +64,7 @@ CompositionRoot::~CompositionRoot()
     // network manager; they go first.
     delete m_map;
     delete m_dialogs;
+    delete m_logs;
     delete m_lookup;
     delete m_listsController;
     delete m_app;
@@ -112,6 +114,13 @@ void CompositionRoot::wire()
     connect(m_session.get(), &app::Session::meChanged, m_lists.get(), &lists::ListStore::recomputeAzimuths);
     connect(m_selection.get(), &Selection::currentChanged, m_commands, &Commands::refresh);
     connect(m_texts.get(), &i18n::CurrentTexts::changed, this, &CompositionRoot::textsChanged);
+
+    // Lists and logs: ADIF import and export, and updating a whole list,
+    // whose rows must not be deleted or cleared under it.
+    m_logs = new LogsController(*m_lists, *m_session, *m_selection, w->statusLine(), *m_texts, *m_commands,
+                                *m_network, w, this);
+    connect(m_logs, &LogsController::pictureWanted, m_lookup, &LookupController::fetchPictureQuietly);
+    m_listsController->setBusyList([this](int list) { return m_logs->isRefreshing(list); });
 }
 
 bool CompositionRoot::lockDataFolder()

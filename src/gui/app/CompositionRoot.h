@@ -32,6 +32,7 @@ class AppController;
 class Commands;
 class DialogsController;
 class ListsController;
+class LogsController;
 class LookupController;
 class MapController;
 class MainWindow;
@@ -73,6 +74,7 @@ public:
     ListsController *listsController() const { return m_listsController; }
     MapController *map() const { return m_map; }
     DialogsController *dialogs() const { return m_dialogs; }
+    LogsController *logs() const { return m_logs; }
 
 private:
     void wire();
@@ -100,6 +102,7 @@ private:
     LookupController *m_lookup = nullptr;
     MapController *m_map = nullptr;
     DialogsController *m_dialogs = nullptr;
+    LogsController *m_logs = nullptr;
     /// The word for list the default list names were made with.
     QString m_listWord;
     bool m_started = false;

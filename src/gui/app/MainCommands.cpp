@@ -82,6 +82,13 @@ void addMainWindowCommands(Commands &commands)
     // The menu of an empty grid.
     commands.add(QStringLiteral("mnuAddNew2"), TextId::MenuAddNew);
 
+    // Lists and logs: the row menu's ADIF items (import also in the empty
+    // grid's menu) and the whole-list update, whose caption names the
+    // source when the menu opens.
+    commands.add(QStringLiteral("mnuUpdateAll"), std::nullopt);
+    commands.add(QStringLiteral("mnuImportAdif"), TextId::MenuImportAdif);
+    commands.add(QStringLiteral("mnuExportAdif"), TextId::MenuExportAdif);
+
     commands.add(kMapCommand, TextId::ButtonMap);
 }
 

@@ -151,6 +151,7 @@ void MainWindow::buildMenus()
     m_mnuPopup->addAction(act(QStringLiteral("mnuAddNew")));
     m_mnuPopup->addAction(act(QStringLiteral("mnuManUpdate")));
     m_mnuPopup->addAction(act(QStringLiteral("mnuUpdate")));
+    m_mnuPopup->addAction(act(QStringLiteral("mnuUpdateAll"))); // lists and logs
     sep(m_mnuPopup, "mnuSep2");
     m_mnuPopup->addAction(act(QStringLiteral("mnu3")));
     m_mnuPopup->addAction(act(QStringLiteral("mnuClear")));
@@ -168,6 +169,13 @@ void MainWindow::buildMenus()
     m_mnuPopup2 = addMenu(nullptr, QStringLiteral("mnuPopup2"));
     m_mnuPopup2->menuAction()->setVisible(false);
     m_mnuPopup2->addAction(act(QStringLiteral("mnuAddNew2")));
+
+    // Lists and logs.
+    sep(m_mnuPopup, "mnuSepAdif");
+    m_mnuPopup->addAction(act(QStringLiteral("mnuImportAdif")));
+    m_mnuPopup->addAction(act(QStringLiteral("mnuExportAdif")));
+    sep(m_mnuPopup2, "mnuSepAdif2");
+    m_mnuPopup2->addAction(act(QStringLiteral("mnuImportAdif")));
 
     for (QMenu *menu : {m_mnuPopup, m_mnuPopup2, setup, m_mnuDatabase})
         connect(menu, &QMenu::aboutToShow, &m_commands, &Commands::refresh);
@@ -538,6 +546,7 @@ void MainWindow::preparePopup(int row)
     caption("mnuName", m_texts.fill(TextId::MenuName, call));
     m_mnuAddCall->setTitle(Commands::menuText(m_texts.fill(TextId::MenuAddCall, call)));
     caption("mnuUpdate", m_texts.fill(TextId::MenuUpdate, call, m_sourceLabel));
+    caption("mnuUpdateAll", m_texts.fillSource(TextId::MenuUpdateAll, m_sourceLabel));
     caption("mnuManUpdate", m_texts.fill(TextId::MenuManUpdate, call));
     caption("mnuStView0", m_texts.fill(TextId::MenuStreetView, call));
     caption("mnuStView1", m_texts.fill(TextId::MenuSatelliteView, call));

@@ -125,6 +125,12 @@ void StatusLine::note(const QString &text)
         m_foot->showMessage(text, kNoteMs);
 }
 
+void StatusLine::addFootWidget(QWidget *widget)
+{
+    if (m_foot)
+        m_foot->addPermanentWidget(widget);
+}
+
 QString StatusLine::noteText() const
 {
     return m_foot ? m_foot->currentMessage() : QString();

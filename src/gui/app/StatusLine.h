@@ -50,6 +50,10 @@ public:
     /// beep, the chooser stays.
     void note(const QString &text);
     QString noteText() const;
+    /// A part's own display at the window's right foot (a whole-list
+    /// update's progress), kept clear of the notes and of a lookup's busy
+    /// indicator, so each can be seen and cancelled on its own.
+    void addFootWidget(QWidget *widget);
 
     QTimer *timer() const { return m_timer; }
 

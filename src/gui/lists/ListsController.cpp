@@ -41,8 +41,8 @@ ListsController::ListsController(lists::ListStore &lists, app::Session &session,
     connect(commands.action(QStringLiteral("mnuClear")), &QAction::triggered, this, &ListsController::clearList);
     connect(commands.action(QStringLiteral("mnuName")), &QAction::triggered, this, &ListsController::changeFirstName);
     connect(commands.action(QStringLiteral("mnuNames")), &QAction::triggered, this, &ListsController::changeListNames);
-    commands.provide(QStringLiteral("mnu3"), hasRow);
-    commands.provide(QStringLiteral("mnuClear"));
+    commands.provide(QStringLiteral("mnu3"), [=, this] { return hasRow() && !currentListBusy(); });
+    commands.provide(QStringLiteral("mnuClear"), [this] { return !currentListBusy(); });
     commands.provide(QStringLiteral("mnuName"), hasRow);
     commands.provide(QStringLiteral("mnuNames"));
 
@@ -98,10 +98,15 @@ void ListsController::addAllTo(int list)
     emit focusCallBox();
 }
 
+bool ListsController::currentListBusy() const
+{
+    return m_busy && m_busy(m_selection.currentList());
+}
+
 void ListsController::deleteRow()
 {
     const int row = m_selection.currentRow();
-    if (row < 0)
+    if (row < 0 || currentListBusy())
         return;
     const int list = m_selection.currentList();
     lists::deleteRow(*m_lists.model(list), row);
@@ -111,6 +116,8 @@ void ListsController::deleteRow()
 
 void ListsController::clearList()
 {
+    if (currentListBusy())
+        return;
     const int list = m_selection.currentList();
     const QString name = lists::nameBeforeParen(m_lists.chooserLine(list));
     if (!messages::question(m_parent, m_texts.fill(TextId::ClearListPrompt, name)))

@@ -8,6 +8,8 @@
 #include <QWidget>
 #include <QStringList>
 
+#include <functional>
+
 
 namespace marvik::app {
 class Session;
@@ -41,6 +43,12 @@ public:
     /// Damage found while starting is told once the window shows.
     void reportDamage();
 
+    /// Whether list 1..5 is in the middle of work that must not lose rows
+    /// under it (a whole-list update): its rows cannot be deleted or
+    /// cleared meanwhile.
+    using BusyList = std::function<bool(int list)>;
+    void setBusyList(BusyList busy) { m_busy = std::move(busy); }
+
 signals:
     /// Give the keyboard focus back to the callsign box.
     void focusCallBox();
@@ -55,6 +63,7 @@ private:
     void changeListNames();
     void collectDamage(const lists::DamageReport &report);
     void tellWriteFailure(const QString &path, const QString &why);
+    bool currentListBusy() const;
 
     lists::ListStore &m_lists;
     app::Session &m_session;
@@ -63,6 +72,7 @@ private:
     Commands &m_commands;
     QPointer<QWidget> m_parent;
     QStringList m_damage;
+    BusyList m_busy;
 };
 
 } // namespace marvik::gui

@@ -333,12 +333,20 @@ void LookupController::writeRow(const lookup::LookupResult &result)
     if (m_list == m_selection.currentList())
         m_selection.reveal(m_list, model->findCallsign(key));
     m_commands.refresh();
+    // The user asked for this one: a missing picture is told again.
+    m_quietPictures.remove(key);
 }
 
 void LookupController::startPicture(const QString &callSign, const QString &address)
 {
     emit pictureProgress(0, 0);
     m_dnLoad->DownloadFile(address, lookup::PictureDownloader::kForceUpdate, callSign);
+}
+
+void LookupController::fetchPictureQuietly(const QString &callSign)
+{
+    m_quietPictures.insert(callSign);
+    startPicture(callSign, lookup::pictureAddress(m_session.sources().picturesHost(), callSign));
 }
 
 void LookupController::pictureDownloadsEnded(const QString &name)
@@ -359,6 +367,7 @@ void LookupController::pictureDownloaded(const QString &name)
         pictureFailed(name, stored.error);
         return;
     }
+    m_quietPictures.remove(name);
     // Every list that holds the call shows the new thumbnail at once.
     for (int n = 1; n <= lists::kListCount; ++n) {
         lists::CallListModel *model = m_lists.model(n);
@@ -373,6 +382,9 @@ void LookupController::pictureFailed(const QString &name, const QString &reason)
 {
     pictureDownloadsEnded(name);
     qCInfo(lcLookup) << "no picture of" << name << reason;
+    // A whole-list update fetches many pictures: those say nothing.
+    if (m_quietPictures.remove(name))
+        return;
     // Most operators have no picture on file: a quiet note, never an alarm
     // that hides the list chooser after a good lookup.
     QString text = m_texts.fill(TextId::NoPicture, name, reason);

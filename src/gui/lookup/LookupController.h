@@ -5,6 +5,7 @@
 
 #include <QObject>
 #include <QPointer>
+#include <QSet>
 #include <QWidget>
 #include <QString>
 
@@ -88,6 +89,11 @@ public:
     void clearCache();
     /// The accounts dialog while it is open.
     AccountsDialog *accountsDialog() const;
+    /// The picture of a call some other part has just written into a list
+    /// (a whole-list update): fetched, stored and shown as after a Get, but
+    /// a call without a picture is not an alarm, since a long run of them
+    /// would keep the status line red.
+    void fetchPictureQuietly(const QString &callSign);
 
 signals:
     void databaseCaptionChanged(const QString &caption);
@@ -128,6 +134,8 @@ private:
     QPointer<LoginWindow> m_login;
     QPointer<AccountsDialog> m_accounts;
     QString m_sourceLabel;
+    /// Pictures fetched for fetchPictureQuietly(), by name.
+    QSet<QString> m_quietPictures;
 
     // The lookup in progress: the call as requested, as typed (for the
     // picture address), the row it updates (empty: a new row), its list and

@@ -166,7 +166,10 @@ private slots:
         m_server = std::make_unique<CallbookServer>();
         QVERIFY(m_server->isListening());
         m_store = std::make_unique<QSettings>(file(QStringLiteral("settings.ini")), QSettings::IniFormat);
-        m_server->sourceSettings().save(*m_store);
+        // Callook read from its pages, which the server plays below.
+        lookup::SourceSettings sources = m_server->sourceSettings();
+        sources.setVia(lookup::Source::Callook, lookup::Via::Page);
+        sources.save(*m_store);
         m_store->setValue(QStringLiteral("Refresh/IntervalMs"), 50);
         m_server->answer(QStringLiteral("/"), callookPage(QStringLiteral("K1ABC"), true));
     }

@@ -100,8 +100,11 @@ QString CallbookServer::base() const
 marvik::lookup::SourceSettings CallbookServer::sourceSettings() const
 {
     marvik::lookup::SourceSettings s;
-    for (const marvik::lookup::SourceInfo &info : marvik::lookup::sourceTable())
+    // The data services too: a test never reaches a callbook on the internet.
+    for (const marvik::lookup::SourceInfo &info : marvik::lookup::sourceTable()) {
         s.setHost(info.source, base());
+        s.setServiceHost(info.source, base());
+    }
     s.setPicturesHost(base() + QStringLiteral("/pics/"));
     return s;
 }

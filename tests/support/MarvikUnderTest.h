@@ -15,8 +15,10 @@ namespace marvik::test {
 inline void pointSourcesNowhere(QSettings &store)
 {
     lookup::SourceSettings sources;
-    for (const lookup::SourceInfo &info : lookup::sourceTable())
+    for (const lookup::SourceInfo &info : lookup::sourceTable()) {
         sources.setHost(info.source, QStringLiteral("http://127.0.0.1:1"));
+        sources.setServiceHost(info.source, QStringLiteral("http://127.0.0.1:1"));
+    }
     sources.setPicturesHost(QStringLiteral("http://127.0.0.1:1/"));
     sources.save(store);
 }

@@ -103,6 +103,8 @@ marvik::lookup::SourceSettings CallbookServer::sourceSettings() const
     for (const marvik::lookup::SourceInfo &info : marvik::lookup::sourceTable())
         s.setHost(info.source, base());
     s.setPicturesHost(base() + QStringLiteral("/pics/"));
+    s.setStreetViewHost(base());
+    s.setSatelliteHost(base());
     return s;
 }
 

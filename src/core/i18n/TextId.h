@@ -119,6 +119,10 @@ enum class TextId : int {
     MapShowWorld,
     MapUnreadable,
     MapHint,
+    // Sharing with EasyPal: the row mark and the capture window.
+    MenuMarkForPaste,
+    CaptureSizeMenu,
+    CaptureSizeShown,
 
     Count
 };

@@ -121,6 +121,9 @@ constexpr Builtin kEnglish[] = {
     {TextId::MapShowWorld, u"Show the world map"},
     {TextId::MapUnreadable, u"The map xxx could not be read."},
     {TextId::MapHint, u"Drag to move the map, turn the wheel to zoom, press 0 for its own size, double-click to close."},
+    {TextId::MenuMarkForPaste, u"Mark for paste"},
+    {TextId::CaptureSizeMenu, u"Picture size"},
+    {TextId::CaptureSizeShown, u"As shown"},
 };
 
 } // namespace

@@ -71,6 +71,14 @@ QVariant CallListModel::data(const QModelIndex &index, int role) const
         if (column == Column::FirstName && r.firstNameBack.isValid())
             return r.firstNameBack;
         return {};
+    case Qt::ForegroundRole: {
+        // The cell colours (paste mark, nickname, blink) are light or strong
+        // on every theme; a dark theme's light text would vanish on them.
+        const QColor back = column == Column::Callsign ? r.callsignBack
+            : column == Column::FirstName              ? r.firstNameBack
+                                                       : QColor();
+        return back.isValid() ? QVariant(QColor(Qt::black)) : QVariant();
+    }
     case ThumbnailPathRole:
         return column == Column::FirstName ? QVariant(r.thumbnail) : QVariant();
     case ThumbnailRole: {

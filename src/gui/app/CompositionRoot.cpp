@@ -15,6 +15,7 @@
 #include "gui/lists/ListsController.h"
 #include "gui/lookup/LookupController.h"
 #include "gui/maps/MapController.h"
+#include "gui/share/ShareController.h"
 
 #include <QAction>
 #include <QDir>
@@ -52,6 +53,7 @@ CompositionRoot::~CompositionRoot()
 {
     // Controllers hold references to the window's status line and the
     // network manager; they go first.
+    delete m_share;
     delete m_map;
     delete m_lookup;
     delete m_listsController;
@@ -69,6 +71,10 @@ void CompositionRoot::wire()
     // Maps.
     m_map = new MapController(*m_session, *m_selection, *m_texts, *m_commands, this);
     connect(w, &MainWindow::rowMouseUp, m_map, &MapController::rowClicked);
+
+    // Sharing with EasyPal.
+    m_share = new ShareController(*m_lists, *m_session, *m_selection, w->statusLine(), *m_texts, *m_commands, *m_jar,
+                                  w, this);
 
     connect(w, &MainWindow::getRequested, m_lookup, &LookupController::get);
     connect(w, &MainWindow::thumbnailClicked, m_lookup, &LookupController::showThumbnailPicture);
@@ -205,6 +211,7 @@ void CompositionRoot::shutDown()
     m_shutDown = true;
     m_lookup->closeWindows();
     m_map->closeWindow();
+    m_share->closeWindow();
 
     if (const std::optional<app::Placement> place = m_window->placementToKeep())
         m_session->savePlacement(*place);

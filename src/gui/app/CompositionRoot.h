@@ -32,6 +32,7 @@ class LookupController;
 class MapController;
 class MainWindow;
 class Selection;
+class ShareController;
 
 /// Builds Marvik and wires its parts: the session, the list store, the one
 /// network manager with its cookie jar, the current texts, the commands,
@@ -64,6 +65,7 @@ public:
     LookupController *lookup() const { return m_lookup; }
     ListsController *listsController() const { return m_listsController; }
     MapController *map() const { return m_map; }
+    ShareController *share() const { return m_share; }
 
 private:
     void wire();
@@ -85,6 +87,7 @@ private:
     ListsController *m_listsController = nullptr;
     LookupController *m_lookup = nullptr;
     MapController *m_map = nullptr;
+    ShareController *m_share = nullptr;
     /// The word for list the default list names were made with.
     QString m_listWord;
     bool m_started = false;

@@ -3,6 +3,7 @@
 // with Marvik's cookies, and what the site sets there counts for lookups.
 #include "support/GuiTestUtil.h"
 #include "support/CallbookServer.h"
+#include "support/WebEngineTests.h"
 
 #include "gui/app/CompositionRoot.h"
 #include "gui/app/MainWindow.h"
@@ -109,12 +110,7 @@ int main(int argc, char *argv[])
     QTemporaryDir home;
     qputenv("XDG_CONFIG_HOME", home.filePath(QStringLiteral("config")).toLocal8Bit());
     qputenv("XDG_DATA_HOME", home.filePath(QStringLiteral("data")).toLocal8Bit());
-    // The browser's helper processes run without a sandbox (tests may run as
-    // root) and without reaching out to the internet on their own.
-    qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
-    qputenv("QTWEBENGINE_CHROMIUM_FLAGS",
-            "--no-sandbox --disable-gpu --disable-background-networking --disable-component-update");
-    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
+    test::prepareWebEngine();
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Marvik"));
     TestLoginWindow test;

@@ -405,9 +405,6 @@ private slots:
         QFETCH(int, row);
         QFETCH(bool, views);
         QVERIFY(start());
-        // The street views' part takes the items over with the longitude rule.
-        for (const QString &name : {u"mnuStView0"_qs, u"mnuStView1"_qs})
-            m_root->commands().provide(name, [this] { return gui::rowHasLongitude(m_root->selection()); });
         QMenu *menu = rowMenu(row);
         QVERIFY(menu->isVisible());
         const QString call = cell(1, row, 0);
@@ -426,13 +423,12 @@ private slots:
                 QCOMPARE(a->isVisible(), k != 1);
             }
         }
-        // The lookup is wired in and the source is online; the sharing part
-        // is not built yet, so its items stay disabled.
+        // The lookup and the sharing part are wired in and the source is online.
         QVERIFY(child<QAction>(QStringLiteral("mnuUpdate"))->isEnabled());
         QCOMPARE(child<QAction>(QStringLiteral("mnuManUpdate"))->text(), QStringLiteral("Update %1 manually").arg(call));
         QVERIFY(child<QAction>(QStringLiteral("mnuManUpdate"))->isEnabled());
         QVERIFY(child<QAction>(QStringLiteral("mnuAddNew"))->isEnabled());
-        QVERIFY(!child<QAction>(QStringLiteral("mnu4"))->isEnabled());
+        QVERIFY(child<QAction>(QStringLiteral("mnu4"))->isEnabled());
         QVERIFY(child<QAction>(QStringLiteral("mnu3"))->isEnabled());
         menu->hide();
         QVERIFY(child<QLineEdit>(QStringLiteral("txtCall"))->hasFocus());

@@ -106,6 +106,8 @@ marvik::lookup::SourceSettings CallbookServer::sourceSettings() const
         s.setServiceHost(info.source, base());
     }
     s.setPicturesHost(base() + QStringLiteral("/pics/"));
+    s.setStreetViewHost(base());
+    s.setSatelliteHost(base());
     return s;
 }
 

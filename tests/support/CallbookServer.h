@@ -54,7 +54,7 @@ public:
 
     /// http://127.0.0.1:<port>
     QString base() const;
-    /// Every callbook and the picture host ("/pics/") on this server.
+    /// Every callbook, the picture host ("/pics/") and both map views on this server.
     marvik::lookup::SourceSettings sourceSettings() const;
     /// Answers for a request target ("/db/W1AW"); one after the other, the
     /// last one repeated.

@@ -10,7 +10,7 @@
 
 namespace marvik::test {
 
-/// Points every callbook and the picture host at a closed port on this
+/// Points every callbook, the picture host and the map views at a closed port on this
 /// computer, so a window test that starts Marvik never reaches the internet.
 inline void pointSourcesNowhere(QSettings &store)
 {
@@ -20,6 +20,8 @@ inline void pointSourcesNowhere(QSettings &store)
         sources.setServiceHost(info.source, QStringLiteral("http://127.0.0.1:1"));
     }
     sources.setPicturesHost(QStringLiteral("http://127.0.0.1:1/"));
+    sources.setStreetViewHost(QStringLiteral("http://127.0.0.1:1"));
+    sources.setSatelliteHost(QStringLiteral("http://127.0.0.1:1"));
     sources.save(store);
 }
 

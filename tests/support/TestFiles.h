@@ -3,7 +3,9 @@
 
 #include <QByteArray>
 #include <QFile>
+#include <QProcess>
 #include <QString>
+#include <QStringList>
 
 namespace marvik::test {
 
@@ -18,6 +20,18 @@ inline QByteArray readBytes(const QString &path)
 {
     QFile f(path);
     return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
+/// What a program prints, for reading files back with outside tools
+/// (pdftotext, marvik-cli); "(<program> failed)" when it did not run or
+/// did not end with exit code 0.
+inline QString runProgram(const QString &program, const QStringList &args)
+{
+    QProcess p;
+    p.start(program, args);
+    if (!p.waitForFinished(30000) || p.exitCode() != 0)
+        return QStringLiteral("(%1 failed)").arg(program);
+    return QString::fromUtf8(p.readAllStandardOutput());
 }
 
 } // namespace marvik::test

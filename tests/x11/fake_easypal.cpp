@@ -7,6 +7,8 @@
 //   active                  each time it becomes the active window
 //   key <name>              each key it receives
 //   clipboard <base64>      the clipboard text (UTF-8) when F7 arrives
+//   formats <types>         the clipboard's types then, blank-separated
+//   bmp <w>x<h>             the size of its image/bmp picture, when it offers one
 //   centre <x> <y>          where it is on the screen when F7 arrives
 // Usage: fake_easypal --log FILE [--title TITLE] [--minimise] [--colour NAME]
 #include <QApplication>
@@ -14,8 +16,10 @@
 #include <QCommandLineParser>
 #include <QEvent>
 #include <QFile>
+#include <QImage>
 #include <QKeyEvent>
 #include <QKeySequence>
+#include <QMimeData>
 #include <QPainter>
 #include <QTimer>
 #include <QWidget>
@@ -52,7 +56,14 @@ protected:
         log("key " + QKeySequence(event->key()).toString().toUtf8());
         if (event->key() == Qt::Key_F7) {
             // EasyPal takes the clipboard into its transmit window on F7.
+            const QMimeData *mime = QApplication::clipboard()->mimeData();
             log("clipboard " + QApplication::clipboard()->text().toUtf8().toBase64());
+            log("formats " + (mime ? mime->formats().join(u' ').toUtf8() : QByteArray()));
+            // A picture reaches a Windows program under Wine as image/bmp.
+            if (mime && mime->hasFormat(QStringLiteral("image/bmp"))) {
+                const QImage bmp = QImage::fromData(mime->data(QStringLiteral("image/bmp")), "BMP");
+                log("bmp " + QByteArray::number(bmp.width()) + 'x' + QByteArray::number(bmp.height()));
+            }
             const QPoint centre = mapToGlobal(rect().center());
             log("centre " + QByteArray::number(centre.x()) + ' ' + QByteArray::number(centre.y()));
         }

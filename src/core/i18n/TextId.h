@@ -234,6 +234,10 @@ enum class TextId : int {
     RefreshSkipped,
     RefreshNotReached,
     RefreshResumed,
+    // Sharing with EasyPal: the row mark and the capture window.
+    MenuMarkForPaste,
+    CaptureSizeMenu,
+    CaptureSizeShown,
 
     Count
 };

@@ -236,6 +236,9 @@ constexpr Builtin kEnglish[] = {
     {TextId::RefreshSkipped, u"Skipped, looked up within the last ??? days: xxx"},
     {TextId::RefreshNotReached, u"Not reached: xxx (the next update goes on from there)"},
     {TextId::RefreshResumed, u"This update went on from an earlier one; the counts include it."},
+    {TextId::MenuMarkForPaste, u"Mark for paste"},
+    {TextId::CaptureSizeMenu, u"Picture size"},
+    {TextId::CaptureSizeShown, u"As shown"},
 };
 
 } // namespace

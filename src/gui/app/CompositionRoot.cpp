@@ -20,6 +20,7 @@
 #include "gui/logs/LogsController.h"
 #include "gui/lookup/LookupController.h"
 #include "gui/maps/MapController.h"
+#include "gui/share/ShareController.h"
 
 #include <QAction>
 #include <QDir>
@@ -62,6 +63,7 @@ CompositionRoot::~CompositionRoot()
 {
     // Controllers hold references to the window's status line and the
     // network manager; they go first.
+    delete m_share;
     delete m_map;
     delete m_dialogs;
     delete m_logs;
@@ -89,6 +91,9 @@ void CompositionRoot::wire()
     m_dialogs = new DialogsController(*m_lists, *m_session, *m_selection, w->statusLine(), *m_texts, *m_commands,
                                       *m_network, w, this);
     connect(w, &MainWindow::firstPaint, m_dialogs, &DialogsController::checkForUpdates);
+    // Sharing with EasyPal.
+    m_share = new ShareController(*m_lists, *m_session, *m_selection, w->statusLine(), *m_texts, *m_commands, *m_jar,
+                                  w, this);
 
     connect(w, &MainWindow::getRequested, m_lookup, &LookupController::get);
     connect(w, &MainWindow::cancelRequested, m_lookup, &LookupController::cancel);
@@ -243,6 +248,7 @@ void CompositionRoot::shutDown()
     m_lookup->closeWindows();
     m_map->closeWindow();
     m_dialogs->closeWindows();
+    m_share->closeWindow();
 
     if (const std::optional<app::Placement> place = m_window->placementToKeep())
         m_session->savePlacement(*place);

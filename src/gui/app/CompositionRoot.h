@@ -37,6 +37,7 @@ class LookupController;
 class MapController;
 class MainWindow;
 class Selection;
+class ShareController;
 
 /// Builds Marvik and wires its parts: the session, the list store, the one
 /// network manager with its cookie jar, the current texts, the commands,
@@ -75,6 +76,7 @@ public:
     MapController *map() const { return m_map; }
     DialogsController *dialogs() const { return m_dialogs; }
     LogsController *logs() const { return m_logs; }
+    ShareController *share() const { return m_share; }
 
 private:
     void wire();
@@ -103,6 +105,7 @@ private:
     MapController *m_map = nullptr;
     DialogsController *m_dialogs = nullptr;
     LogsController *m_logs = nullptr;
+    ShareController *m_share = nullptr;
     /// The word for list the default list names were made with.
     QString m_listWord;
     bool m_started = false;

@@ -75,6 +75,8 @@ void addMainWindowCommands(Commands &commands)
         commands.add(indexed("mnuAddTo", k), std::nullopt);
     for (int k = 1; k <= 5; ++k)
         commands.add(indexed("mnuAddAllTo", k), std::nullopt);
+    // Sharing: the row's mark for the paste text, shown checked on a marked row.
+    commands.add(kMarkCommand, TextId::MenuMarkForPaste, true);
     commands.add(QStringLiteral("mnu4"), TextId::MenuPasteList);
     commands.add(QStringLiteral("mnu5"), TextId::MenuCopyList);
     commands.add(QStringLiteral("mnu6"), TextId::MenuPrintList);

@@ -21,5 +21,7 @@ bool rowHasLongitude(const Selection &selection);
 
 /// The command behind the Map button.
 inline const QString kMapCommand = QStringLiteral("actMap");
+/// "Mark for paste" in the row menu, and Space on a row.
+inline const QString kMarkCommand = QStringLiteral("mnuMark");
 
 } // namespace marvik::gui

@@ -162,6 +162,7 @@ void MainWindow::buildMenus()
     for (int k = 1; k <= 5; ++k)
         addAll->addAction(act(indexed("mnuAddAllTo", k)));
     sep(m_mnuPopup, "mnuSep3");
+    m_mnuPopup->addAction(act(kMarkCommand));
     m_mnuPopup->addAction(act(QStringLiteral("mnu4")));
     m_mnuPopup->addAction(act(QStringLiteral("mnu5")));
     m_mnuPopup->addAction(act(QStringLiteral("mnu6")));
@@ -256,6 +257,11 @@ void MainWindow::buildControls()
         grid->setObjectName(QStringLiteral("Grid%1").arg(n));
         grid->setItemDelegate(delegate);
         connect(grid, &ListGrid::mouseUp, this, &MainWindow::gridMouseUp);
+        connect(grid, &ListGrid::spacePressed, this, [this] {
+            QAction *mark = m_commands.action(kMarkCommand);
+            if (mark->isEnabled())
+                mark->trigger();
+        });
         m_stack->addWidget(grid);
         m_grids[std::size_t(n - 1)] = grid;
     }

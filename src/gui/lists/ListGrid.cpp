@@ -4,6 +4,7 @@
 #include "core/lists/ListEditing.h"
 
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QScrollBar>
 #include <QWheelEvent>
@@ -28,7 +29,9 @@ ListGrid::ListGrid(QWidget *parent)
     setTabKeyNavigation(false);
     // The column edges must line up with the heading bar, so no frame shifts them.
     setFrameShape(QFrame::NoFrame);
-    setFocusPolicy(Qt::ClickFocus);
+    // A click hands the focus back to the callsign box, so the keyboard
+    // reaches the rows (arrows, Space for the paste mark) through Tab.
+    setFocusPolicy(Qt::StrongFocus);
 }
 
 int ListGrid::topRow() const
@@ -45,6 +48,17 @@ int ListGrid::fullyVisibleRows() const
 {
     const int h = verticalHeader()->defaultSectionSize();
     return h > 0 ? viewport()->height() / h : 0;
+}
+
+void ListGrid::keyPressEvent(QKeyEvent *event)
+{
+    // The view's own Space only selects the current row, which is selected already.
+    if (event->key() == Qt::Key_Space && event->modifiers() == Qt::NoModifier) {
+        emit spacePressed();
+        event->accept();
+        return;
+    }
+    QTableView::keyPressEvent(event);
 }
 
 void ListGrid::mouseReleaseEvent(QMouseEvent *event)

@@ -24,8 +24,11 @@ public:
 signals:
     /// A mouse button was released over the grid; `pos` is in viewport pixels.
     void mouseUp(Qt::MouseButton button, QPoint pos);
+    /// Space on the grid (without modifiers): the current row's paste mark.
+    void spacePressed();
 
 protected:
+    void keyPressEvent(QKeyEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
     void wheelEvent(QWheelEvent *event) override;
 

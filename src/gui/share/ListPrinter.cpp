@@ -12,6 +12,12 @@ namespace marvik::gui {
 
 namespace {
 
+std::function<bool(QPrinter &)> &printDialogSeam()
+{
+    static std::function<bool(QPrinter &)> seam;
+    return seam;
+}
+
 /// The printed lines: the text's CR LF lines (the leading empty one kept,
 /// nothing after the last line end), each cut into pieces of at most
 /// `perLine` characters.
@@ -72,10 +78,20 @@ bool printListText(const QString &text, QPrinter &printer)
 bool printListWithDialog(const QString &text, QWidget *parent)
 {
     QPrinter printer;
-    QPrintDialog dialog(&printer, parent);
-    if (dialog.exec() != QDialog::Accepted)
-        return false;
+    if (const auto &seam = printDialogSeam()) {
+        if (!seam(printer))
+            return false;
+    } else {
+        QPrintDialog dialog(&printer, parent);
+        if (dialog.exec() != QDialog::Accepted)
+            return false;
+    }
     return printListText(text, printer);
+}
+
+void setPrintDialogForTests(std::function<bool(QPrinter &)> choose)
+{
+    printDialogSeam() = std::move(choose);
 }
 
 } // namespace marvik::gui

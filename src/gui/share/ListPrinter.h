@@ -4,6 +4,8 @@
 #include <QFont>
 #include <QString>
 
+#include <functional>
+
 class QPrinter;
 class QWidget;
 
@@ -23,5 +25,11 @@ bool printListText(const QString &text, QPrinter &printer);
 /// "Print list": the print dialog, then printListText() on the printer the
 /// user chose. False when the user cancelled or the printing failed.
 bool printListWithDialog(const QString &text, QWidget *parent);
+
+/// The test seam of printListWithDialog(): while set, the printer goes to
+/// `choose` instead of the print dialog; it sets the printer up (a PDF file)
+/// and returns false for a cancelled dialog. An empty function restores the
+/// dialog.
+void setPrintDialogForTests(std::function<bool(QPrinter &)> choose);
 
 } // namespace marvik::gui

@@ -3,28 +3,21 @@
 // every line in order, in a fixed-pitch font, inside the margins, over as
 // many pages as it takes.
 #include "gui/share/ListPrinter.h"
+#include "support/TestFiles.h"
 
 #include <QPrinter>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 
 namespace {
 
-QString run(const QString &program, const QStringList &args)
-{
-    QProcess p;
-    p.start(program, args);
-    if (!p.waitForFinished(30000) || p.exitCode() != 0)
-        return u"(%1 failed)"_qs.arg(program);
-    return QString::fromUtf8(p.readAllStandardOutput());
-}
+using marvik::test::runProgram;
 
 /// The text pdftotext finds in a strip of every page, in points from the top left.
 QString textIn(const QString &pdf, int x, int y, int width, int height)
 {
-    return run(u"pdftotext"_qs,
+    return runProgram(u"pdftotext"_qs,
         {u"-r"_qs, u"72"_qs, u"-x"_qs, QString::number(x), u"-y"_qs, QString::number(y), u"-W"_qs,
             QString::number(width), u"-H"_qs, QString::number(height), pdf, u"-"_qs})
         .simplified();
@@ -77,16 +70,16 @@ void TestListPrinter::printsTheListInAMonospaceFont()
     printer.setPageSize(QPageSize(QPageSize::A4));
     QVERIFY(marvik::gui::printListText(text, printer));
 
-    const QString info = run(u"pdfinfo"_qs, {pdf});
+    const QString info = runProgram(u"pdfinfo"_qs, {pdf});
     QVERIFY2(info.contains(QRegularExpression(u"Pages:\\s+%1\\n"_qs.arg(pages))), qPrintable(info));
     if (rows == 0)
         return;
-    const QString fonts = run(u"pdffonts"_qs, {pdf});
+    const QString fonts = runProgram(u"pdffonts"_qs, {pdf});
     QVERIFY2(fonts.contains(u"LiberationMono"_qs) || fonts.contains(u"Courier"_qs), qPrintable(fonts));
 
     // Every row's callsign once and in order, with the marker where the
     // list had one; a line too long for the page goes on below, nothing lost.
-    const QString plain = run(u"pdftotext"_qs, {u"-layout"_qs, pdf, u"-"_qs});
+    const QString plain = runProgram(u"pdftotext"_qs, {u"-layout"_qs, pdf, u"-"_qs});
     QStringList printed;
     QString digits;
     for (const QString &line : plain.split(u'\n')) {

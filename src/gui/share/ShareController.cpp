@@ -99,9 +99,10 @@ void ShareController::showMarkState()
 void ShareController::keepMarks(int list)
 {
     QStringList marked;
-    for (const lists::CallRecord &record : m_lists.models()[std::size_t(list - 1)]->records()) {
-        if (record.callsignBack == lists::kMarkColour)
-            marked.append(record[Column::Callsign]);
+    const lists::CallListModel *model = m_lists.models()[std::size_t(list - 1)];
+    for (int row = 0; row < model->rowCount(); ++row) {
+        if (model->cellBackground(row, Column::Callsign) == lists::kMarkColour)
+            marked.append(model->field(row, Column::Callsign));
     }
     if (!marked.isEmpty())
         m_keptMarks.insert(list, marked);

@@ -210,13 +210,17 @@ bool isForeignConfig(const QByteArray &bytes)
     return !text.startsWith("LatLon:");
 }
 
-QString keepDamagedCopy(const QString &path)
+QString keepDamagedCopy(const QString &path, QString *why)
 {
+    QByteArray bytes;
+    if (!readFileBytes(path, bytes, why))
+        return {};
     const QString stamp = QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMddHHmmss"));
     QString copy = path + QStringLiteral(".damaged-") + stamp;
     for (int n = 2; QFileInfo::exists(copy); ++n)
         copy = path + QStringLiteral(".damaged-") + stamp + u'-' + QString::number(n);
-    if (!QFile::copy(path, copy)) {
+    // Written as any file of ours: whole, synced, or not at all.
+    if (!writeFileAtomically(copy, bytes, why)) {
         qCWarning(lcApp) << "could not keep a copy of" << path;
         return {};
     }

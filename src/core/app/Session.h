@@ -129,7 +129,8 @@ private:
 bool isForeignConfig(const QByteArray &bytes);
 
 /// Copies a file aside as "<file>.damaged-<stamp>" (a number added when that
-/// name is taken). Returns the copy's path, empty when it could not be made.
-QString keepDamagedCopy(const QString &path);
+/// name is taken), whole or not at all. Returns the copy's path; empty, with
+/// `why`, when it could not be made.
+QString keepDamagedCopy(const QString &path, QString *why = nullptr);
 
 } // namespace marvik::app

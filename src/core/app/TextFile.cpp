@@ -20,19 +20,51 @@
 
 namespace marvik::app {
 
+namespace {
+
+/// The end-to-end tests' stand-in for a full disk and an unreadable file,
+/// which cannot be made for real when tests run as root: every file whose
+/// name holds the text of MARVIK_TEST_FULL_DISK cannot be written, and of
+/// MARVIK_TEST_UNREADABLE cannot be read. Unset, as always outside the
+/// tests, nothing happens.
+bool injectedFault(const char *variable, const QString &path)
+{
+    static const QByteArray full = qgetenv("MARVIK_TEST_FULL_DISK");
+    static const QByteArray unreadable = qgetenv("MARVIK_TEST_UNREADABLE");
+    const QByteArray &pattern = qstrcmp(variable, "MARVIK_TEST_FULL_DISK") == 0 ? full : unreadable;
+    return !pattern.isEmpty() && QFileInfo(path).fileName().contains(QString::fromLocal8Bit(pattern));
+}
+
+} // namespace
+
+bool readFileBytes(const QString &path, QByteArray &bytes, QString *errorString)
+{
+    QFile file(path);
+    if (injectedFault("MARVIK_TEST_UNREADABLE", path)) {
+        if (errorString)
+            *errorString = QStringLiteral("Permission denied");
+        return false;
+    }
+    if (!file.open(QIODevice::ReadOnly)) {
+        if (errorString)
+            *errorString = file.errorString();
+        return false;
+    }
+    bytes = file.readAll();
+    if (file.error() != QFileDevice::NoError) {
+        if (errorString)
+            *errorString = file.errorString();
+        return false;
+    }
+    return true;
+}
+
 TextFileContent readTextFile(const QString &path)
 {
     TextFileContent content;
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        content.errorString = file.errorString();
+    QByteArray bytes;
+    if (!readFileBytes(path, bytes, &content.errorString))
         return content;
-    }
-    const QByteArray bytes = file.readAll();
-    if (file.error() != QFileDevice::NoError) {
-        content.errorString = file.errorString();
-        return content;
-    }
     content.text = decodeTextFile(bytes);
     content.ok = true;
     return content;
@@ -112,6 +144,8 @@ bool writeDurably(const QString &path, const QByteArray &bytes, QString *errorSt
     };
     // A new file gets the usual permissions (the umask applies); a replaced
     // one keeps the permissions it had (the cookie jar's are owner-only).
+    if (injectedFault("MARVIK_TEST_FULL_DISK", path))
+        return fail(ENOSPC, {});
     const int fd = ::open(temp.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (fd < 0)
         return fail(errno, {});

@@ -14,6 +14,9 @@ struct TextFileContent
     QString errorString; ///< why it could not be read
 };
 
+/// Reads a whole file's bytes; false with `errorString` when it cannot.
+bool readFileBytes(const QString &path, QByteArray &bytes, QString *errorString = nullptr);
+
 /// Reads and decodes a whole text file (see decodeTextFile()).
 TextFileContent readTextFile(const QString &path);
 

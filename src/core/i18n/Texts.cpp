@@ -104,6 +104,18 @@ constexpr Builtin kEnglish[] = {
     {TextId::ListKeptAs, u"The whole file was kept as xxx."},
     {TextId::ListDamaged, u"xxx, line ???: fewer than eleven fields; the rest of the file was not loaded."},
     {TextId::ListUnreadable, u"xxx could not be read: ???"},
+    {TextId::ListNoCopy, u"No copy of the whole file could be kept: xxx.\n\nSo that nothing the file holds is lost, "
+                         u"Marvik will not write this list until a copy is kept. You can free some room and try "
+                         u"again, keep a copy elsewhere, or leave the file as it is (changes to this list are then "
+                         u"not saved)."},
+    {TextId::ListUnreadableGuard, u"Marvik shows this list empty and will not write its file, so the file stays as "
+                                  u"it is. Make the file readable, then choose Try again."},
+    {TextId::ListNotSaved, u"xxx is not saved: its file was not read whole, and Marvik leaves it as it is."},
+    {TextId::ListWritableAgain, u"xxx: the whole file was kept as ???. The list is saved again from now on."},
+    {TextId::ButtonTryAgain, u"&Try again"},
+    {TextId::ButtonCopyElsewhere, u"&Keep a copy elsewhere\u2026"},
+    {TextId::ButtonLeaveFile, u"&Leave the file as it is"},
+    {TextId::CopyElsewhereTitle, u"Keep a copy of xxx"},
     {TextId::FileWriteFailed, u"xxx could not be written:\n???"},
     {TextId::LockOtherHost, u"The data folder is locked by Marvik on the computer \u201cxxx\u201d (process ???" u"). "
                             u"If Marvik is not running there with this folder, you can take the lock over.\n\n"

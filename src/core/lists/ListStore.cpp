@@ -3,18 +3,48 @@
 
 #include "core/app/Config.h"
 #include "core/app/DataFolder.h"
+#include "core/app/Log.h"
 #include "core/app/Session.h"
 #include "core/app/TextFile.h"
 #include "core/lists/ListEditing.h"
 #include "core/lists/ListFile.h"
 
-#include <QDir>
-#include <QFile>
 #include <QFileInfo>
+#include <QtConcurrent/QtConcurrentRun>
 
 #include <algorithm>
 
 namespace marvik::lists {
+
+/// A list file as a worker read it, with the file's size and time then and
+/// the copy kept of a damaged file.
+struct ListStore::Reading
+{
+    ParsedList parsed;
+    qint64 size = -1;
+    QDateTime modified;
+    maps::Position me;
+    QString keptAs;
+    QString copyError;
+};
+
+namespace {
+
+std::shared_ptr<ListStore::Reading> readOnWorker(const QString &path, const LoadContext &context)
+{
+    auto r = std::make_shared<ListStore::Reading>();
+    const QFileInfo before(path);
+    r->size = before.size();
+    r->modified = before.lastModified();
+    r->me = context.me;
+    r->parsed = readListFile(path, context);
+    // A damaged file is copied aside before anyone can write over it.
+    if (r->parsed.report.opened && !r->parsed.report.complete())
+        r->keptAs = app::keepDamagedCopy(path, &r->copyError);
+    return r;
+}
+
+} // namespace
 
 ListStore::ListStore(const app::DataFolder &data, app::Settings &settings, QObject *parent)
     : QObject(parent)
@@ -28,29 +58,27 @@ ListStore::ListStore(const app::DataFolder &data, app::Settings &settings, QObje
     }
 }
 
+ListStore::~ListStore()
+{
+    // A worker still reading must not outlive what it reports to.
+    for (QFuture<std::shared_ptr<Reading>> &f : m_reading) {
+        if (f.isValid())
+            f.waitForFinished();
+    }
+}
+
 CallListModel *ListStore::model(int list) const
 {
     if (list < 1 || list > kListCount)
         return nullptr;
-    loadIfPending(list);
+    if (m_reading[std::size_t(list - 1)].isValid())
+        const_cast<ListStore *>(this)->adopt(list);
     return m_models[std::size_t(list - 1)];
-}
-
-void ListStore::loadIfPending(int list) const
-{
-    if (!m_pending[std::size_t(list - 1)])
-        return;
-    auto *self = const_cast<ListStore *>(this);
-    self->load(list, false);
-    emit self->chooserLineChanged(list);
 }
 
 int ListStore::rowCount(int list) const
 {
-    if (list < 1 || list > kListCount)
-        return 0;
-    const std::size_t i = std::size_t(list - 1);
-    return m_pending[i] ? m_pendingRows[i] : m_models[i]->rowCount();
+    return list >= 1 && list <= kListCount ? m_models[std::size_t(list - 1)]->rowCount() : 0;
 }
 
 QString ListStore::chooserLine(int list) const
@@ -66,90 +94,143 @@ LoadContext ListStore::loadContext() const
     return ctx;
 }
 
-void ListStore::loadAtStartUp(int currentList)
+void ListStore::startReading(int list, bool sortAfter)
 {
-    for (int n = 1; n <= kListCount; ++n) {
-        if (!QFileInfo::exists(m_data.listFile(n)))
-            continue;
-        if (n == currentList) {
-            load(n, false);
-        } else {
-            // Large lists would keep the window from showing; the chooser
-            // needs only their line counts until they are read.
-            QFile file(m_data.listFile(n));
-            m_pending[std::size_t(n - 1)] = true;
-            m_pendingRows[std::size_t(n - 1)] = file.open(QIODevice::ReadOnly) ? int(app::countLines(file.readAll())) : 0;
-        }
-    }
-}
-
-bool ListStore::hasPending() const
-{
-    return std::any_of(m_pending.begin(), m_pending.end(), [](bool p) { return p; });
-}
-
-void ListStore::loadPending()
-{
-    for (int n = 1; n <= kListCount; ++n)
-        loadIfPending(n);
-}
-
-void ListStore::reload(int list, bool atStartUp)
-{
-    const QFileInfo file(m_data.listFile(list));
-    if (!file.exists())
-        return;
-    // The first switch follows the load of every list at once; when the file
-    // is as it was then, reading it again would give the same rows, so only
-    // the sort that the load skipped is done.
-    const LoadedFile &loaded = m_loaded[std::size_t(list - 1)];
-    if (atStartUp && loaded.complete && loaded.size == file.size() && loaded.modified == file.lastModified())
-        sort(list, m_settings.sortMode);
-    else
-        load(list, !m_starting);
-}
-
-void ListStore::load(int list, bool sorting)
-{
+    const std::size_t i = std::size_t(list - 1);
+    if (m_reading[i].isValid())
+        m_reading[i].waitForFinished(); // the newer read wins; the older one is dropped
+    m_sortAfter[i] = sortAfter;
     const QString path = m_data.listFile(list);
-    const QFileInfo before(path);
-    m_pending[std::size_t(list - 1)] = false;
-    const LoadReport report =
-        loadList(*m_models[std::size_t(list - 1)], path, loadContext(), m_settings.sortMode, sorting);
-    m_loaded[std::size_t(list - 1)] = {before.size(), before.lastModified(), report.complete()};
+    const LoadContext ctx = loadContext();
+    m_reading[i] = QtConcurrent::run([path, ctx] { return readOnWorker(path, ctx); });
+    // Adopted on the window's thread when done, unless someone needed it
+    // sooner and adopted it already, or a newer read took its place.
+    const quint64 mine = ++m_readCount[i];
+    m_reading[i].then(this, [this, list, mine](const std::shared_ptr<Reading> &) {
+        const std::size_t k = std::size_t(list - 1);
+        if (m_readCount[k] == mine && m_reading[k].isValid())
+            adopt(list);
+    });
+}
+
+void ListStore::adopt(int list)
+{
+    const std::size_t i = std::size_t(list - 1);
+    QFuture<std::shared_ptr<Reading>> future = std::exchange(m_reading[i], {});
+    if (!future.isValid())
+        return;
+    const std::shared_ptr<Reading> r = future.result();
+    const LoadReport report = r->parsed.report;
+    CallListModel *model = m_models[i];
+    model->adopt(std::move(r->parsed));
+    // Me may have moved while the worker read.
+    if (r->me.latitude != m_settings.me.latitude || r->me.longitude != m_settings.me.longitude)
+        model->recomputeAzimuths(m_settings.me);
+    m_loaded[i] = {r->size, r->modified, report.complete(), report.opened};
+    if (report.complete() && m_sortAfter[i])
+        sort(list, m_settings.sortMode);
+    emit chooserLineChanged(list);
+    emit listRead(list);
     if (report.complete())
         return;
-    // Each damaged file is copied aside and reported once per run, not at
-    // every switch to its list.
-    const QString key = path + QString::number(QFileInfo(path).size());
-    if (m_reportedDamage.contains(key))
-        return;
-    m_reportedDamage.insert(key);
+
+    const QString path = m_data.listFile(list);
     DamageReport damage;
     damage.list = list;
     damage.path = path;
     damage.opened = report.opened;
     damage.badLine = report.badLine;
     damage.error = report.errorString;
-    if (report.opened)
-        damage.keptAs = app::keepDamagedCopy(path);
+    damage.keptAs = r->keptAs;
+    damage.copyError = r->copyError;
+    // Not read whole and no complete copy of it anywhere: the next save
+    // would write over the only copy of what the list held.
+    damage.guarded = !report.opened || r->keptAs.isEmpty();
+    if (damage.guarded)
+        m_guarded[i] = true;
+    // Each damaged file is reported once per run, not at every switch to it.
+    const QString key = path + u'#' + QString::number(r->size);
+    if (m_reportedDamage.contains(key))
+        return;
+    m_reportedDamage.insert(key);
     emit damageFound(damage);
+}
+
+void ListStore::loadAtStartUp(int currentList)
+{
+    if (QFileInfo::exists(m_data.listFile(currentList)))
+        startReading(currentList, false);
+    for (int n = 1; n <= kListCount; ++n) {
+        if (n != currentList && QFileInfo::exists(m_data.listFile(n)))
+            startReading(n, false);
+    }
+}
+
+bool ListStore::isReading() const
+{
+    return std::any_of(m_reading.begin(), m_reading.end(), [](const auto &f) { return f.isValid(); });
+}
+
+void ListStore::finishReading()
+{
+    for (int n = 1; n <= kListCount; ++n)
+        model(n);
+}
+
+void ListStore::reload(int list, bool atStartUp)
+{
+    const std::size_t i = std::size_t(list - 1);
+    const QFileInfo file(m_data.listFile(list));
+    if (!file.exists())
+        return;
+    if (atStartUp && m_reading[i].isValid()) {
+        // The read start-up began ends the list switch with its sort.
+        m_sortAfter[i] = true;
+        return;
+    }
+    // A file unchanged since it was read gives the same rows again: when
+    // the list still holds them, only the sort is done. A cleared list does
+    // not hold them and comes back from its file, as it always did.
+    const LoadedFile &loaded = m_loaded[i];
+    if (!m_reading[i].isValid() && loaded.complete && loaded.matchesFile && loaded.size == file.size()
+        && loaded.modified == file.lastModified())
+        sort(list, m_settings.sortMode);
+    else
+        startReading(list, !m_starting);
+}
+
+void ListStore::loadNow(int list, bool sorting)
+{
+    startReading(list, sorting);
+    adopt(list);
 }
 
 void ListStore::sort(int list, qint16 &selector)
 {
-    if (m_starting || !model(list))
+    if (m_starting || list < 1 || list > kListCount)
         return;
     model(list)->sortList(selector);
 }
 
 bool ListStore::save(int list)
 {
+    CallListModel *m = model(list);
+    const std::size_t i = std::size_t(list - 1);
+    if (m_guarded[i]) {
+        if (!std::exchange(m_refusalTold[i], true))
+            emit saveRefused(list);
+        qCInfo(lcLists) << "list" << list << "not written: its file was not read whole";
+        return false;
+    }
+    const QString path = m_data.listFile(list);
     QString why;
-    if (lists::saveList(*model(list), m_data.listFile(list), &why))
-        return true;
-    emit writeFailed(m_data.listFile(list), why);
-    return false;
+    if (!lists::saveList(*m, path, &why)) {
+        emit writeFailed(path, why);
+        return false;
+    }
+    const QFileInfo written(path);
+    m_loaded[i] = {written.size(), written.lastModified(), true, true};
+    return true;
 }
 
 bool ListStore::changed(int list)
@@ -162,16 +243,75 @@ bool ListStore::changed(int list)
 
 void ListStore::countChanged(int list)
 {
+    if (list >= 1 && list <= kListCount)
+        m_loaded[std::size_t(list - 1)].matchesFile = false;
     emit chooserLineChanged(list);
 }
 
 void ListStore::recomputeAzimuths()
 {
-    const LoadContext ctx = loadContext();
     for (int n = 1; n <= kListCount; ++n) {
-        if (!m_pending[std::size_t(n - 1)])
-            m_models[std::size_t(n - 1)]->recomputeAzimuths(ctx.me);
+        // A list still being read gets the new Me when it is adopted.
+        if (!m_reading[std::size_t(n - 1)].isValid())
+            m_models[std::size_t(n - 1)]->recomputeAzimuths(m_settings.me);
     }
+}
+
+bool ListStore::isGuarded(int list) const
+{
+    return list >= 1 && list <= kListCount && m_guarded[std::size_t(list - 1)];
+}
+
+bool ListStore::retryGuarded(int list, DamageReport *report)
+{
+    const std::size_t i = std::size_t(list - 1);
+    if (!isGuarded(list))
+        return true;
+    const QString path = m_data.listFile(list);
+    DamageReport damage;
+    damage.list = list;
+    damage.path = path;
+    const std::shared_ptr<Reading> r = readOnWorker(path, loadContext());
+    damage.opened = r->parsed.report.opened;
+    damage.badLine = r->parsed.report.badLine;
+    damage.error = r->parsed.report.errorString;
+    damage.keptAs = r->keptAs;
+    damage.copyError = r->copyError;
+    damage.guarded = !damage.opened || (damage.badLine != 0 && damage.keptAs.isEmpty());
+    if (damage.opened && m_models[i]->rowCount() == 0) {
+        // A file that could not be read at all showed an empty list; now it
+        // can, it shows what it holds.
+        m_models[i]->adopt(std::move(r->parsed));
+        m_models[i]->recomputeAzimuths(m_settings.me);
+        m_loaded[i] = {r->size, r->modified, damage.badLine == 0, true};
+        emit chooserLineChanged(list);
+    }
+    m_guarded[i] = damage.guarded;
+    m_refusalTold[i] = false;
+    if (report)
+        *report = damage;
+    return !damage.guarded;
+}
+
+bool ListStore::keepCopyAt(int list, const QString &target, QString *why)
+{
+    QFile file(m_data.listFile(list));
+    if (!file.open(QIODevice::ReadOnly)) {
+        if (why)
+            *why = file.errorString();
+        return false;
+    }
+    const QByteArray bytes = file.readAll();
+    if (file.error() != QFileDevice::NoError || bytes.size() != file.size()) {
+        if (why)
+            *why = file.errorString();
+        return false;
+    }
+    if (!app::writeFileAtomically(target, bytes, why))
+        return false;
+    m_guarded[std::size_t(list - 1)] = false;
+    m_refusalTold[std::size_t(list - 1)] = false;
+    return true;
 }
 
 } // namespace marvik::lists

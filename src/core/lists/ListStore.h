@@ -4,11 +4,13 @@
 #include "core/lists/CallListModel.h"
 
 #include <QDateTime>
+#include <QFuture>
 #include <QObject>
 #include <QSet>
 #include <QStringList>
 
 #include <array>
+#include <memory>
 
 namespace marvik::app {
 class DataFolder;
@@ -28,27 +30,36 @@ struct DamageReport
     int badLine = 0;      ///< 1-based line with fewer than eleven fields
     QString error;        ///< why it could not be read
     QString keptAs;       ///< the copy of the whole file; empty when none could be made
+    QString copyError;    ///< why no copy could be made
+    /// The list is not written until the user has chosen: its file could not
+    /// be read, or no copy of it could be kept.
+    bool guarded = false;
 };
 
-/// The five lists: their models, reading their files (the current one at
-/// start, the others right after the window first shows), writing them, and
-/// what went wrong on the way. List names and the sort mode are the
-/// session's settings; the store reads and changes them there.
+/// The five lists: their models, reading their files on a worker thread
+/// (the window adopts each list when it is read), writing them, and what
+/// went wrong on the way. A list whose file was not read whole is never
+/// written over until a complete copy of the file has been kept somewhere
+/// the user was told about. List names and the sort mode are the session's
+/// settings; the store reads and changes them there.
 class ListStore : public QObject
 {
     Q_OBJECT
 
 public:
-    ListStore(const app::DataFolder &data, app::Settings &settings, QObject *parent = nullptr);
+    /// A list file as a worker read it (see ListStore.cpp).
+    struct Reading;
 
-    /// The model of list 1..5 (null outside). A list still waiting to be
-    /// read is read here first, so no caller ever sees it unread.
+    ListStore(const app::DataFolder &data, app::Settings &settings, QObject *parent = nullptr);
+    ~ListStore() override;
+
+    /// The model of list 1..5 (null outside). A list still being read is
+    /// waited for and adopted here first, so no caller ever acts on a list
+    /// its file has not filled yet.
     CallListModel *model(int list) const;
-    /// The five models as they are, lists still waiting to be read unread
-    /// (for the grids, which show only the current list).
+    /// The five models as they are (for the grids).
     std::array<CallListModel *, kListCount> models() const { return m_models; }
-    /// Rows of list n as the chooser shows them: a list not read yet counts
-    /// its file's lines.
+    /// The rows list n holds now.
     int rowCount(int list) const;
     /// The chooser line of list n: " name  (count)".
     QString chooserLine(int list) const;
@@ -58,55 +69,81 @@ public:
     /// While set, sorting does nothing (the program is starting).
     void setStarting(bool starting) { m_starting = starting; }
 
-    /// Start-up: reads the current list now and leaves the others for
-    /// loadPending(), counting their lines meanwhile.
+    /// Start-up: every list file is read on a worker, the current one first;
+    /// each list is adopted as it arrives (unsorted, as start-up read them).
     void loadAtStartUp(int currentList);
-    /// Reads every list left for later (unsorted, as start-up reads them).
-    void loadPending();
-    bool hasPending() const;
-    /// The list switch: reads the list's file again and sorts it. At the end
-    /// of start-up, a file unchanged since it was read is only sorted.
+    /// True while some list is still being read.
+    bool isReading() const;
+    /// Waits for every list being read and adopts it.
+    void finishReading();
+    /// The list switch: the list's file is read again and sorted. When the
+    /// file has not changed since it was read and the list still holds what
+    /// it read, only the sort is done.
     void reload(int list, bool atStartUp = false);
 
     /// Sorts list n with a selector passed on by reference (see
     /// CallListModel::sortList); nothing while starting.
     void sort(int list, qint16 &selector);
-    /// Writes list n's file; a failure is reported by writeFailed().
+    /// Writes list n's file; a failure is reported by writeFailed(), a
+    /// guarded list is not written and reported by saveRefused().
     bool save(int list);
     /// After a change of list n: sort with the program's sort mode, save,
-    /// and tell the chooser. False when the file could not be written.
+    /// and tell the chooser. Returns whether the save worked.
     bool changed(int list);
-    /// A list's rows changed without a save (a clear): tell the chooser.
+    /// A list's rows changed without a save (a clear): the list no longer
+    /// holds what its file holds; tell the chooser.
     void countChanged(int list);
     /// Me moved: every row's azimuth again.
     void recomputeAzimuths();
 
+    /// Whether list n must not be written (see DamageReport::guarded).
+    bool isGuarded(int list) const;
+    /// Tries again to keep a copy of a guarded list's file beside it (or,
+    /// for a file that could not be read, to read it). True when the list
+    /// may be written again; `report` says what happened.
+    bool retryGuarded(int list, DamageReport *report);
+    /// Keeps a copy of a guarded list's file at `target`; the list may then
+    /// be written. False and `why` when the copy could not be made whole.
+    bool keepCopyAt(int list, const QString &target, QString *why);
+
 signals:
     /// The chooser line of list n is out of date.
     void chooserLineChanged(int list);
+    /// List n has been read and adopted.
+    void listRead(int list);
     /// A list file is damaged or unreadable. Reported once per file per run.
     void damageFound(const lists::DamageReport &report);
     /// A list file could not be written.
     void writeFailed(const QString &path, const QString &why);
+    /// A guarded list was not written (once per list per run).
+    void saveRefused(int list);
 
 private:
-    void load(int list, bool sorting);
-    void loadIfPending(int list) const;
+    void startReading(int list, bool sortAfter);
+    void adopt(int list);
+    void loadNow(int list, bool sorting);
 
     const app::DataFolder &m_data;
     app::Settings &m_settings;
     bool m_starting = false;
     std::array<CallListModel *, kListCount> m_models{};
-    /// What each list file was when it was last read.
+    /// What each list file was when it was last read, and whether the list
+    /// still holds exactly that.
     struct LoadedFile
     {
         qint64 size = -1;
         QDateTime modified;
         bool complete = false;
+        bool matchesFile = false;
     };
     std::array<LoadedFile, kListCount> m_loaded{};
-    std::array<bool, kListCount> m_pending{};
-    std::array<int, kListCount> m_pendingRows{};
+    std::array<QFuture<std::shared_ptr<Reading>>, kListCount> m_reading{};
+    /// Counts the reads of each list, so a read overtaken by a newer one is
+    /// dropped when it ends.
+    std::array<quint64, kListCount> m_readCount{};
+    std::array<bool, kListCount> m_sortAfter{};
+    std::array<bool, kListCount> m_guarded{};
+    std::array<bool, kListCount> m_refusalTold{};
     QSet<QString> m_reportedDamage;
 };
 

@@ -15,6 +15,7 @@
 #include "gui/app/MainWindow.h"
 #include "gui/app/Messages.h"
 #include "gui/app/Selection.h"
+#include "gui/app/StatusLine.h"
 #include "gui/dialogs/DialogsController.h"
 #include "gui/lists/ListsController.h"
 #include "gui/logs/LogsController.h"
@@ -101,14 +102,12 @@ void CompositionRoot::wire()
     connect(w, &MainWindow::listChosen, m_listsController, &ListsController::switchTo);
     connect(w, &MainWindow::sortChosen, m_listsController, &ListsController::sortBy);
     connect(w, &MainWindow::closing, this, &CompositionRoot::shutDown);
-    connect(w, &MainWindow::firstPaint, this, [this] {
-        m_lists->loadPending();
-        m_listsController->reportDamage();
-    });
+    connect(w, &MainWindow::firstPaint, m_listsController, &ListsController::reportDamage);
 
     connect(m_lists.get(), &lists::ListStore::chooserLineChanged, w,
             [this, w](int list) { w->setChooserLine(list, m_lists->chooserLine(list)); });
     connect(m_listsController, &ListsController::focusCallBox, w, &MainWindow::focusCallBox);
+    connect(m_listsController, &ListsController::note, &w->statusLine(), &StatusLine::note);
     connect(m_listsController, &ListsController::scrollToTop, w, &MainWindow::scrollToTop);
     connect(m_app, &AppController::alwaysOnTopChanged, w, &MainWindow::setAlwaysOnTop);
     connect(m_app, &AppController::sourceLabelChanged, w, &MainWindow::setSourceLabel);

@@ -3,6 +3,7 @@
 
 #include <QInputDialog>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QQueue>
 
 namespace marvik::gui::messages {
@@ -34,7 +35,7 @@ std::optional<Answer> scripted(const Shown &box)
 
 void showBox(QWidget *parent, QMessageBox::Icon icon, Shown::Kind kind, const QString &text)
 {
-    if (scripted(Shown{kind, kTitle, text, {}, true}))
+    if (scripted(Shown{kind, kTitle, text, {}, true, {}}))
         return;
     QMessageBox box(icon, kTitle, text, QMessageBox::Ok, parent);
     box.exec();
@@ -54,7 +55,7 @@ void exclamation(QWidget *parent, const QString &text)
 
 bool question(QWidget *parent, const QString &text, bool defaultYes)
 {
-    if (const auto answer = scripted(Shown{Shown::Kind::Question, kTitle, text, {}, defaultYes}))
+    if (const auto answer = scripted(Shown{Shown::Kind::Question, kTitle, text, {}, defaultYes, {}}))
         return answer->yes;
     QMessageBox box(QMessageBox::Warning, kTitle, text, QMessageBox::Yes | QMessageBox::No, parent);
     box.setDefaultButton(defaultYes ? QMessageBox::Yes : QMessageBox::No);
@@ -62,9 +63,26 @@ bool question(QWidget *parent, const QString &text, bool defaultYes)
     return box.exec() == QMessageBox::Yes;
 }
 
+int choose(QWidget *parent, const QString &text, const QStringList &buttons, int defaultButton)
+{
+    Shown shown{Shown::Kind::Choice, kTitle, text, {}, false, buttons};
+    if (const auto answer = scripted(shown))
+        return answer->choice;
+    QMessageBox box(QMessageBox::Warning, kTitle, text, QMessageBox::NoButton, parent);
+    QList<QAbstractButton *> made;
+    for (int i = 0; i < buttons.size(); ++i)
+        made.append(box.addButton(buttons[i], i == buttons.size() - 1 ? QMessageBox::RejectRole : QMessageBox::AcceptRole));
+    if (defaultButton >= 0 && defaultButton < made.size())
+        box.setDefaultButton(qobject_cast<QPushButton *>(made[defaultButton]));
+    box.setEscapeButton(made.isEmpty() ? nullptr : made.last());
+    box.exec();
+    const int pressed = int(made.indexOf(box.clickedButton()));
+    return pressed < 0 ? int(buttons.size()) - 1 : pressed;
+}
+
 std::optional<QString> input(QWidget *parent, const QString &prompt, const QString &value)
 {
-    if (const auto answer = scripted(Shown{Shown::Kind::Input, kTitle, prompt, value, true}))
+    if (const auto answer = scripted(Shown{Shown::Kind::Input, kTitle, prompt, value, true, {}}))
         return answer->yes ? answer->text : std::nullopt;
     QInputDialog dialog(parent);
     dialog.setWindowTitle(kTitle);

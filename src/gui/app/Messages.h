@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QList>
+#include <QStringList>
 #include <QString>
 
 #include <optional>
@@ -20,18 +21,23 @@ void exclamation(QWidget *parent, const QString &text);
 /// A yes/no question with the exclamation icon; `defaultYes` false makes No
 /// the button Enter presses. True for Yes.
 bool question(QWidget *parent, const QString &text, bool defaultYes = false);
+/// A question with buttons of its own (captions with "&" access keys), the
+/// exclamation icon; returns the index of the button pressed. Escape and
+/// closing the box press the last button, Enter the `defaultButton`.
+int choose(QWidget *parent, const QString &text, const QStringList &buttons, int defaultButton = 0);
 /// An input box with `value` filled in; nothing when cancelled.
 std::optional<QString> input(QWidget *parent, const QString &prompt, const QString &value);
 
 /// What a box showed.
 struct Shown
 {
-    enum class Kind { Information, Exclamation, Question, Input };
+    enum class Kind { Information, Exclamation, Question, Input, Choice };
     Kind kind = Kind::Information;
     QString title;
     QString text;
     QString value;        ///< the input box's filled-in value
     bool defaultYes = false;
+    QStringList buttons;  ///< a choice's buttons
 };
 
 /// The test seam: while answers are queued, a box is not shown but recorded
@@ -41,6 +47,7 @@ struct Answer
 {
     bool yes = true;
     std::optional<QString> text;
+    int choice = 0; ///< the button a choice is answered with
 };
 void answerNext(const Answer &answer);
 /// The boxes recorded since the last call; clears the record.

@@ -12,6 +12,9 @@
 
 #include <QAction>
 #include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QTimer>
 
 namespace marvik::gui {
 
@@ -48,6 +51,7 @@ ListsController::ListsController(lists::ListStore &lists, app::Session &session,
 
     connect(&lists, &lists::ListStore::damageFound, this, &ListsController::collectDamage);
     connect(&lists, &lists::ListStore::writeFailed, this, &ListsController::tellWriteFailure);
+    connect(&lists, &lists::ListStore::saveRefused, this, &ListsController::tellNotSaved);
 }
 
 void ListsController::switchTo(int list)
@@ -160,24 +164,81 @@ void ListsController::changeListNames()
 
 void ListsController::collectDamage(const lists::DamageReport &report)
 {
-    const QString path = QDir::toNativeSeparators(report.path);
-    if (!report.opened) {
-        m_damage.append(m_texts.fill(TextId::ListUnreadable, path, report.error));
-        return;
+    if (report.guarded) {
+        m_guarded.append(report);
+    } else {
+        QString line = m_texts.fill(TextId::ListDamaged, QDir::toNativeSeparators(report.path),
+                                    QString::number(report.badLine));
+        if (!report.keptAs.isEmpty())
+            line += u' ' + m_texts.fill(TextId::ListKeptAs, QDir::toNativeSeparators(report.keptAs));
+        m_damage.append(line);
     }
-    QString line = m_texts.fill(TextId::ListDamaged, path, QString::number(report.badLine));
-    if (!report.keptAs.isEmpty())
-        line += u' ' + m_texts.fill(TextId::ListKeptAs, QDir::toNativeSeparators(report.keptAs));
-    m_damage.append(line);
+    // Lists arrive from their reader after the window shows; each report
+    // waits for the event that brought it to end.
+    QTimer::singleShot(0, this, &ListsController::reportDamage);
 }
 
 void ListsController::reportDamage()
 {
-    if (m_damage.isEmpty() || m_session.isStarting())
+    if (m_session.isStarting())
         return;
-    const QString text = m_texts[TextId::ListDamageTitle] + QStringLiteral("\n\n") + m_damage.join(QStringLiteral("\n\n"));
-    m_damage.clear();
-    messages::exclamation(m_parent, text);
+    if (!m_damage.isEmpty()) {
+        const QString text =
+            m_texts[TextId::ListDamageTitle] + QStringLiteral("\n\n") + m_damage.join(QStringLiteral("\n\n"));
+        m_damage.clear();
+        messages::exclamation(m_parent, text);
+    }
+    while (!m_guarded.isEmpty())
+        askAboutGuarded(m_guarded.takeFirst());
+}
+
+void ListsController::askAboutGuarded(lists::DamageReport report)
+{
+    enum Choice { TryAgain, CopyElsewhere, Leave };
+    for (;;) {
+        const QString path = QDir::toNativeSeparators(report.path);
+        QString text;
+        QStringList buttons{m_texts[TextId::ButtonTryAgain]};
+        if (!report.opened) {
+            text = m_texts.fill(TextId::ListUnreadable, path, report.error) + QStringLiteral("\n\n")
+                   + m_texts[TextId::ListUnreadableGuard];
+        } else {
+            text = m_texts.fill(TextId::ListDamaged, path, QString::number(report.badLine)) + QStringLiteral("\n\n")
+                   + m_texts.fill(TextId::ListNoCopy, report.copyError);
+            buttons << m_texts[TextId::ButtonCopyElsewhere];
+        }
+        buttons << m_texts[TextId::ButtonLeaveFile];
+        int choice = messages::choose(m_parent, text, buttons, int(buttons.size()) - 1);
+        if (!report.opened && choice == 1)
+            choice = Leave;
+        if (choice == Leave)
+            return;
+        if (choice == TryAgain) {
+            if (m_lists.retryGuarded(report.list, &report)) {
+                if (!report.keptAs.isEmpty())
+                    messages::information(m_parent, m_texts.fill(TextId::ListWritableAgain, path,
+                                                                 QDir::toNativeSeparators(report.keptAs)));
+                return;
+            }
+            continue;
+        }
+        const QString title = m_texts.fill(TextId::CopyElsewhereTitle, QFileInfo(report.path).fileName());
+        const QString target = m_askPath ? m_askPath(title, QFileInfo(report.path).fileName())
+                                         : QFileDialog::getSaveFileName(m_parent, title, QFileInfo(report.path).fileName());
+        if (target.isEmpty())
+            continue;
+        QString why;
+        if (m_lists.keepCopyAt(report.list, target, &why)) {
+            messages::information(m_parent, m_texts.fill(TextId::ListWritableAgain, path, QDir::toNativeSeparators(target)));
+            return;
+        }
+        report.copyError = why;
+    }
+}
+
+void ListsController::tellNotSaved(int list)
+{
+    emit note(m_texts.fill(TextId::ListNotSaved, lists::nameBeforeParen(m_lists.chooserLine(list)).trimmed()));
 }
 
 void ListsController::tellWriteFailure(const QString &path, const QString &why)

@@ -48,8 +48,14 @@ public:
     /// cleared meanwhile.
     using BusyList = std::function<bool(int list)>;
     void setBusyList(BusyList busy) { m_busy = std::move(busy); }
+    /// Asks where to keep a copy of a list file (a file dialog; tests
+    /// answer it themselves). Empty: the user cancelled.
+    using AskPath = std::function<QString(const QString &title, const QString &suggested)>;
+    void setAskPath(AskPath ask) { m_askPath = std::move(ask); }
 
 signals:
+    /// A quiet note for the window's foot.
+    void note(const QString &text);
     /// Give the keyboard focus back to the callsign box.
     void focusCallBox();
     void scrollToTop(int list);
@@ -62,6 +68,9 @@ private:
     void changeFirstName();
     void changeListNames();
     void collectDamage(const lists::DamageReport &report);
+    /// A list that must not be written: told plainly, and the user chooses.
+    void askAboutGuarded(lists::DamageReport report);
+    void tellNotSaved(int list);
     void tellWriteFailure(const QString &path, const QString &why);
     bool currentListBusy() const;
 
@@ -72,7 +81,9 @@ private:
     Commands &m_commands;
     QPointer<QWidget> m_parent;
     QStringList m_damage;
+    QList<lists::DamageReport> m_guarded;
     BusyList m_busy;
+    AskPath m_askPath;
 };
 
 } // namespace marvik::gui

@@ -4,11 +4,14 @@
 #include "core/app/DataFolder.h"
 #include "core/app/Number.h"
 #include "core/app/Placement.h"
+#include "core/app/Session.h"
 #include "core/app/TextCodec.h"
 #include "core/app/TextFile.h"
 
 #include <QDir>
 #include <QFile>
+#include <QCoreApplication>
+#include <QSysInfo>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
@@ -49,6 +52,10 @@ private slots:
     void signedDecimal();
     void windows1252RoundTripsEveryByte();
     void textFallsBackToUtf8();
+    void leftLocks_data();
+    void leftLocks();
+    void noSilentReEncoding_data();
+    void noSilentReEncoding();
     void splitLines_data();
     void splitLines();
 
@@ -156,6 +163,83 @@ void TestApp::textFallsBackToUtf8()
     QVERIFY(file.startsWith("\xEF\xBB\xBF"));
     QCOMPARE(decodeTextFile(file), text);
     QCOMPARE(encodeTextFile(u"\u00D8\u00B0"), QByteArray("\xD8\xB0"));
+}
+
+// What a crash, a power cut or a shared network folder leave in Marvik.lock.
+void TestApp::leftLocks_data()
+{
+    using State = marvik::app::LockOutcome::State;
+    const QByteArray here = QSysInfo::machineHostName().toUtf8();
+    const QByteArray me = QByteArray::number(QCoreApplication::applicationPid());
+    const QByteArray myName = QCoreApplication::applicationName().toUtf8();
+    QTest::addColumn<QByteArray>("lock");
+    QTest::addColumn<int>("state");
+    QTest::addColumn<bool>("staleRemoved");
+    QTest::newRow("empty (a crash while it was written)") << QByteArray() << int(State::Acquired) << true;
+    QTest::newRow("garbage") << QByteArray("\x01\xFFnot a lock\n") << int(State::Acquired) << true;
+    QTest::newRow("process number zero") << QByteArray("0\nmarvik\n" + here + "\n") << int(State::Acquired) << true;
+    QTest::newRow("a process of this host that is gone")
+        << QByteArray("2147480000\nmarvik\n" + here + "\n") << int(State::Acquired) << false;
+    QTest::newRow("a running Marvik on this host")
+        << QByteArray(me + "\n" + myName + "\n" + here + "\n") << int(State::OtherInstance) << false;
+    QTest::newRow("another computer sharing the folder")
+        << QByteArray("4242\nmarvik\nshack-pc-2\n") << int(State::OtherHost) << false;
+}
+
+void TestApp::leftLocks()
+{
+    QFETCH(QByteArray, lock);
+    QFETCH(int, state);
+    QFETCH(bool, staleRemoved);
+    QTemporaryDir dir;
+    QSettings store(dir.filePath(QStringLiteral("settings.ini")), QSettings::IniFormat);
+    QVERIFY(marvik::test::writeBytes(dir.filePath(QStringLiteral("Marvik.lock")), lock));
+    marvik::app::Session session(dir.path(), &store);
+    marvik::app::LockOutcome out = session.lock();
+    QCOMPARE(int(out.state), state);
+    QCOMPARE(out.staleRemoved, staleRemoved);
+    if (out.state == marvik::app::LockOutcome::State::OtherHost) {
+        QCOMPARE(out.host, QStringLiteral("shack-pc-2"));
+        QCOMPARE(out.pid, 4242);
+        // The user agreed to take it over.
+        out = session.takeOverLock();
+        QCOMPARE(out.state, marvik::app::LockOutcome::State::Acquired);
+    }
+    if (out.state == marvik::app::LockOutcome::State::Acquired) {
+        // Ours now: a second session on the folder is refused.
+        marvik::app::Session second(dir.path(), &store);
+        QCOMPARE(second.lock().state, marvik::app::LockOutcome::State::OtherInstance);
+    } else {
+        QCOMPARE(marvik::test::readBytes(dir.filePath(QStringLiteral("Marvik.lock"))), lock);
+    }
+}
+
+// The list-file fuzz target's find: a Windows-1252 list whose first row
+// begins with "ï»¿" was written as bytes beginning EF BB BF, and the next
+// start read the whole file as UTF-8, every "ü" lost for good.
+void TestApp::noSilentReEncoding_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<bool>("utf8");
+    QTest::newRow("row beginning with the mark's letters")
+        << QStringLiteral("\u00EF\u00BB\u00BFDL1ABC*J\u00FCrgen*\u00DF*\u00D8\r\n") << true;
+    QTest::newRow("two of its letters stay Windows-1252") << QStringLiteral("\u00EF\u00BBK1ABC\r\n") << false;
+    QTest::newRow("the letters later in the file") << QStringLiteral("K1ABC\r\n\u00EF\u00BB\u00BF\u00FC\r\n") << false;
+}
+
+void TestApp::noSilentReEncoding()
+{
+    QFETCH(QString, text);
+    QFETCH(bool, utf8);
+    const QByteArray bytes = encodeTextFile(text);
+    QCOMPARE(bytes.startsWith("\xEF\xBB\xBF"), utf8);
+    QCOMPARE(decodeTextFile(bytes), text);
+    // Written by the Windows program: the mark's bytes before Windows-1252
+    // text that is no UTF-8 are read as the letters they are.
+    QByteArray windows;
+    QVERIFY(toWindows1252(text, windows));
+    QCOMPARE(decodeTextFile(windows), text);
+    QVERIFY(!decodeTextFile(windows).contains(QChar::ReplacementCharacter));
 }
 
 void TestApp::splitLines_data()

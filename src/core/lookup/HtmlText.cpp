@@ -881,7 +881,9 @@ DecodedPage htmlDecode(QStringView html, const DecodeLimits &limits)
     QByteArray utf8 = html.toUtf8();
     if (limits.guardMarkup) {
         std::string guarded;
-        if (guardMarkup(std::string_view(utf8.constData(), std::size_t(utf8.size())), guarded).changed)
+        const MarkupGuardResult guard = guardMarkup(std::string_view(utf8.constData(), std::size_t(utf8.size())), guarded,
+                                                    [&] { return limitReached(limits) != PageTextError::None; });
+        if (guard.changed && !guard.stopped)
             utf8 = QByteArray(guarded.data(), qsizetype(guarded.size()));
     }
     result.error = limitReached(limits);

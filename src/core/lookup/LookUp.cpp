@@ -38,7 +38,13 @@ LookUp::LookUp(QNetworkAccessManager *network, const SourceSettings &settings, c
     connect(m_decoder, &PageDecoder::failed, this, [this](quint64 job, const QString &reason) { onPageRead(job, {}, reason); });
 }
 
-LookUp::~LookUp() = default;
+LookUp::~LookUp()
+{
+    // Before the members the handlers use: neither reports anything on the
+    // way out, and the decoder waits for its threads.
+    delete m_downloads;
+    delete m_decoder;
+}
 
 void LookUp::setDataBase(int dataBase)
 {

@@ -395,9 +395,10 @@ struct Tag
 class Guard
 {
 public:
-    Guard(std::string_view page, std::string &out)
+    Guard(std::string_view page, std::string &out, const std::function<bool()> &shouldStop)
         : m_page(page)
         , m_out(out)
+        , m_shouldStop(shouldStop)
     {
     }
 
@@ -422,6 +423,7 @@ private:
 
     std::string_view m_page;
     std::string &m_out;
+    const std::function<bool()> &m_shouldStop;
     std::size_t m_copied = 0;
     MarkupGuardResult m_result;
     Outline m_outline;
@@ -816,7 +818,12 @@ MarkupGuardResult Guard::run()
     const std::string_view p = m_page;
     const std::size_t n = p.size();
     std::size_t i = 0;
+    unsigned tags = 0;
     while (i < n) {
+        if (m_shouldStop && (++tags & 4095) == 0 && m_shouldStop()) {
+            m_result.stopped = true;
+            return m_result;
+        }
         const std::size_t lt = p.find('<', i);
         if (lt == std::string_view::npos || lt + 1 >= n)
             break;
@@ -868,9 +875,9 @@ MarkupGuardResult Guard::run()
 
 } // namespace
 
-MarkupGuardResult guardMarkup(std::string_view page, std::string &out)
+MarkupGuardResult guardMarkup(std::string_view page, std::string &out, const std::function<bool()> &shouldStop)
 {
-    return Guard(page, out).run();
+    return Guard(page, out, shouldStop).run();
 }
 
 } // namespace marvik::lookup

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -16,6 +17,7 @@ struct MarkupGuardResult
 {
     bool changed = false;     ///< `out` holds the page to parse; else parse the page as it is
     bool tagsLeftOut = false; ///< start or end tags were left out, not only attributes
+    bool stopped = false;     ///< `shouldStop` said so before the end; `out` is unusable
 };
 
 /// Prepares a page for the HTML parser so that parsing takes time in
@@ -30,7 +32,9 @@ struct MarkupGuardResult
 ///   (style, hidden, open, and the ones the parser itself reads), and each
 ///   of those is kept once; many attributes cost the parser time per
 ///   attribute and per pair of attributes.
-/// What an ordinary page renders to is not changed.
-MarkupGuardResult guardMarkup(std::string_view page, std::string &out);
+/// What an ordinary page renders to is not changed. `shouldStop`, when
+/// given, is asked now and then whether to give up.
+MarkupGuardResult guardMarkup(std::string_view page, std::string &out,
+                              const std::function<bool()> &shouldStop = {});
 
 } // namespace marvik::lookup

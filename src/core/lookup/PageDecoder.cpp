@@ -4,8 +4,10 @@
 #include "core/app/Log.h"
 
 #include <QDeadlineTimer>
+#include <QThread>
 #include <QTimer>
 
+#include <algorithm>
 #include <atomic>
 
 namespace marvik::lookup {
@@ -28,6 +30,9 @@ QString outOfTime(int milliseconds)
 PageDecoder::PageDecoder(QObject *parent)
     : QObject(parent)
 {
+    // A page held up until its deadline must not hold up the next ones for
+    // long on a machine of few cores.
+    m_pool.setMaxThreadCount(std::max(4, QThread::idealThreadCount()));
 }
 
 PageDecoder::~PageDecoder()

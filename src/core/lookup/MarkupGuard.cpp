@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/lookup/MarkupGuard.h"
 
+#include <gumbo.h>
+
 #include <algorithm>
 #include <array>
 #include <cstdint>
@@ -43,9 +45,18 @@ constexpr std::uint64_t nameHash(std::string_view name)
     return h;
 }
 
+std::uint64_t valueHash(std::string_view value)
+{
+    std::uint64_t h = 14695981039346656037ull;
+    for (char c : value)
+        h = (h ^ std::uint8_t(c)) * 1099511628211ull;
+    return h;
+}
+
 constexpr std::uint64_t kP = nameHash("p");
 constexpr std::uint64_t kLi = nameHash("li");
 constexpr std::uint64_t kTr = nameHash("tr");
+constexpr std::uint64_t kTbody = nameHash("tbody");
 constexpr std::uint64_t kSelect = nameHash("select");
 constexpr std::uint64_t kButton = nameHash("button");
 constexpr std::uint64_t kForm = nameHash("form");
@@ -54,8 +65,8 @@ constexpr std::uint64_t kForm = nameHash("form");
 // What the parser does with each tag name
 
 enum class Id : std::uint8_t {
-    Other, A, Body, Br, Button, Caption, Dd, Dt, Font, Form, Head, Html, Input, Keygen, Li, Math, Nobr, Ol, Optgroup,
-    Option, P, Plaintext, Rb, Rp, Rt, Rtc, Script, Select, Svg, Table, Template, Textarea, Tr, Ul
+    Other, A, Br, Button, Caption, Font, Form, Input, Keygen, Li, Math, Nobr, Optgroup, Option, P, Plaintext,
+    Script, Select, Svg, Table, Template, Textarea, Tr
 };
 
 enum Flag : std::uint32_t {
@@ -77,6 +88,9 @@ enum Flag : std::uint32_t {
     Breakout = 1u << 15,  ///< leaves svg or math content
     Ruby = 1u << 16,      ///< rb, rp, rt, rtc
     Integration = 1u << 17, ///< inside svg or math, a place where markup is HTML again
+    Marker = 1u << 18,    ///< bounds the formatting elements the parser rebuilds
+    NoRebuild = 1u << 19, ///< its start tag does not rebuild formatting elements first
+    BlockEnd = 1u << 20,  ///< its end tag closes it when in scope, whatever is open above
 };
 
 struct TagInfo
@@ -85,128 +99,133 @@ struct TagInfo
     std::uint32_t flags = 0;
 };
 
-/// The HTML elements as the parser we build on (gumbo 0.10) knows them:
-/// it predates dialog and search, which it treats as any unknown element.
-const std::unordered_map<std::string_view, TagInfo> &htmlTags()
+/// The HTML elements as the parser we build on (gumbo 0.10) knows them, by
+/// its tag number: it predates dialog and search, which it treats as any
+/// unknown element.
+const std::array<TagInfo, GUMBO_TAG_LAST + 1> &htmlTags()
 {
-    static const std::unordered_map<std::string_view, TagInfo> tags = [] {
+    static const std::array<TagInfo, GUMBO_TAG_LAST + 1> tags = [] {
         constexpr std::uint32_t S = Special;
         constexpr std::uint32_t CP = ClosesP | Special;
         constexpr std::uint32_t B = Breakout;
-        std::unordered_map<std::string_view, TagInfo> t{
+        const std::pair<const char *, TagInfo> known[] = {
             {"a", {Id::A, Formatting}},
-            {"address", {Id::Other, CP | NotLiStop}},
-            {"applet", {Id::Other, S | Scope}},
+            {"address", {Id::Other, CP | NotLiStop | NoRebuild | BlockEnd}},
+            {"applet", {Id::Other, S | Scope | Marker | BlockEnd}},
             {"area", {Id::Other, S | Void}},
-            {"article", {Id::Other, CP}},
-            {"aside", {Id::Other, CP}},
+            {"article", {Id::Other, CP | NoRebuild | BlockEnd}},
+            {"aside", {Id::Other, CP | NoRebuild | BlockEnd}},
             {"b", {Id::Other, Formatting | B}},
-            {"base", {Id::Other, S | Void}},
-            {"basefont", {Id::Other, S | Void}},
-            {"bgsound", {Id::Other, S | Void}},
+            {"base", {Id::Other, S | Void | NoRebuild}},
+            {"basefont", {Id::Other, S | Void | NoRebuild}},
+            {"bgsound", {Id::Other, S | Void | NoRebuild}},
             {"big", {Id::Other, Formatting | B}},
-            {"blockquote", {Id::Other, CP | B}},
-            {"body", {Id::Body, S | NoPush | B}},
+            {"blockquote", {Id::Other, CP | B | NoRebuild | BlockEnd}},
+            {"body", {Id::Other, S | NoPush | B | NoRebuild}},
             {"br", {Id::Br, S | Void | B}},
-            {"button", {Id::Button, S}},
-            {"caption", {Id::Caption, S | Scope}},
-            {"center", {Id::Other, CP | B}},
+            {"button", {Id::Button, S | BlockEnd}},
+            {"caption", {Id::Caption, S | Scope | Marker | NoRebuild}},
+            {"center", {Id::Other, CP | B | NoRebuild | BlockEnd}},
             {"code", {Id::Other, Formatting | B}},
-            {"col", {Id::Other, S | Void}},
-            {"colgroup", {Id::Other, S | NoPush}},
-            {"dd", {Id::Dd, CP | DdDt | B}},
-            {"details", {Id::Other, CP}},
-            {"dir", {Id::Other, CP}},
-            {"div", {Id::Other, CP | NotLiStop | B}},
-            {"dl", {Id::Other, CP | B}},
-            {"dt", {Id::Dt, CP | DdDt | B}},
+            {"col", {Id::Other, S | Void | NoRebuild}},
+            {"colgroup", {Id::Other, S | NoPush | NoRebuild}},
+            {"dd", {Id::Other, CP | DdDt | B | NoRebuild}},
+            {"details", {Id::Other, CP | NoRebuild | BlockEnd}},
+            {"dir", {Id::Other, CP | NoRebuild | BlockEnd}},
+            {"div", {Id::Other, CP | NotLiStop | B | NoRebuild | BlockEnd}},
+            {"dl", {Id::Other, CP | B | NoRebuild | BlockEnd}},
+            {"dt", {Id::Other, CP | DdDt | B | NoRebuild}},
             {"em", {Id::Other, Formatting | B}},
             {"embed", {Id::Other, S | Void | B}},
-            {"fieldset", {Id::Other, CP}},
-            {"figcaption", {Id::Other, CP}},
-            {"figure", {Id::Other, CP}},
+            {"fieldset", {Id::Other, CP | NoRebuild | BlockEnd}},
+            {"figcaption", {Id::Other, CP | NoRebuild | BlockEnd}},
+            {"figure", {Id::Other, CP | NoRebuild | BlockEnd}},
             {"font", {Id::Font, Formatting}},
-            {"footer", {Id::Other, CP}},
-            {"form", {Id::Form, CP}},
-            {"frame", {Id::Other, S | Void}},
-            {"frameset", {Id::Other, S | NoPush}},
-            {"h1", {Id::Other, CP | Heading | B}},
-            {"h2", {Id::Other, CP | Heading | B}},
-            {"h3", {Id::Other, CP | Heading | B}},
-            {"h4", {Id::Other, CP | Heading | B}},
-            {"h5", {Id::Other, CP | Heading | B}},
-            {"h6", {Id::Other, CP | Heading | B}},
-            {"head", {Id::Head, S | NoPush | B}},
-            {"header", {Id::Other, CP}},
-            {"hgroup", {Id::Other, CP}},
-            {"hr", {Id::Other, CP | Void | B}},
-            {"html", {Id::Html, S | NoPush}},
+            {"footer", {Id::Other, CP | NoRebuild | BlockEnd}},
+            {"form", {Id::Form, CP | NoRebuild}},
+            {"frame", {Id::Other, S | Void | NoRebuild}},
+            {"frameset", {Id::Other, S | NoPush | NoRebuild}},
+            {"h1", {Id::Other, CP | Heading | B | NoRebuild}},
+            {"h2", {Id::Other, CP | Heading | B | NoRebuild}},
+            {"h3", {Id::Other, CP | Heading | B | NoRebuild}},
+            {"h4", {Id::Other, CP | Heading | B | NoRebuild}},
+            {"h5", {Id::Other, CP | Heading | B | NoRebuild}},
+            {"h6", {Id::Other, CP | Heading | B | NoRebuild}},
+            {"head", {Id::Other, S | NoPush | B | NoRebuild}},
+            {"header", {Id::Other, CP | NoRebuild | BlockEnd}},
+            {"hgroup", {Id::Other, CP | NoRebuild | BlockEnd}},
+            {"hr", {Id::Other, CP | Void | B | NoRebuild}},
+            {"html", {Id::Other, S | NoPush | NoRebuild}},
             {"i", {Id::Other, Formatting | B}},
-            {"iframe", {Id::Other, S | RawText}},
+            {"iframe", {Id::Other, S | RawText | NoRebuild}},
             {"image", {Id::Other, Void}},
             {"img", {Id::Other, S | Void | B}},
             {"input", {Id::Input, S | Void}},
-            {"isindex", {Id::Other, S | Void}},
+            {"isindex", {Id::Other, S | Void | NoRebuild}},
             {"keygen", {Id::Keygen, S | Void}},
-            {"li", {Id::Li, CP | B}},
-            {"link", {Id::Other, S | Void}},
-            {"listing", {Id::Other, CP | B}},
-            {"main", {Id::Other, CP}},
-            {"marquee", {Id::Other, S | Scope}},
+            {"li", {Id::Li, CP | B | NoRebuild}},
+            {"link", {Id::Other, S | Void | NoRebuild}},
+            {"listing", {Id::Other, CP | B | NoRebuild | BlockEnd}},
+            {"main", {Id::Other, CP | NoRebuild | BlockEnd}},
+            {"marquee", {Id::Other, S | Scope | Marker | BlockEnd}},
             {"math", {Id::Math, 0}},
-            {"menu", {Id::Other, CP | B}},
-            {"meta", {Id::Other, S | Void | B}},
-            {"nav", {Id::Other, CP}},
+            {"menu", {Id::Other, CP | B | NoRebuild | BlockEnd}},
+            {"meta", {Id::Other, S | Void | B | NoRebuild}},
+            {"nav", {Id::Other, CP | NoRebuild | BlockEnd}},
             {"nobr", {Id::Nobr, Formatting | B}},
-            {"noembed", {Id::Other, S | RawText}},
-            {"noframes", {Id::Other, S | RawText}},
+            {"noembed", {Id::Other, S | RawText | NoRebuild}},
+            {"noframes", {Id::Other, S | RawText | NoRebuild}},
             {"noscript", {Id::Other, S}},
-            {"object", {Id::Other, S | Scope}},
-            {"ol", {Id::Ol, CP | ListScope | B}},
+            {"object", {Id::Other, S | Scope | Marker | BlockEnd}},
+            {"ol", {Id::Other, CP | ListScope | B | NoRebuild | BlockEnd}},
             {"optgroup", {Id::Optgroup, 0}},
             {"option", {Id::Option, 0}},
-            {"p", {Id::P, CP | NotLiStop | B}},
-            {"param", {Id::Other, S | Void}},
-            {"plaintext", {Id::Plaintext, CP}},
-            {"pre", {Id::Other, CP | B}},
-            {"rb", {Id::Rb, Ruby}},
-            {"rp", {Id::Rp, Ruby}},
-            {"rt", {Id::Rt, Ruby}},
-            {"rtc", {Id::Rtc, Ruby}},
+            {"p", {Id::P, CP | NotLiStop | B | NoRebuild}},
+            {"param", {Id::Other, S | Void | NoRebuild}},
+            {"plaintext", {Id::Plaintext, CP | NoRebuild}},
+            {"pre", {Id::Other, CP | B | NoRebuild | BlockEnd}},
+            {"rb", {Id::Other, Ruby | NoRebuild}},
+            {"rp", {Id::Other, Ruby | NoRebuild}},
+            {"rt", {Id::Other, Ruby | NoRebuild}},
+            {"rtc", {Id::Other, Ruby | NoRebuild}},
             {"ruby", {Id::Other, B}},
             {"s", {Id::Other, Formatting | B}},
-            {"script", {Id::Script, S | RawText}},
-            {"section", {Id::Other, CP}},
+            {"script", {Id::Script, S | RawText | NoRebuild}},
+            {"section", {Id::Other, CP | NoRebuild | BlockEnd}},
             {"select", {Id::Select, S}},
             {"small", {Id::Other, Formatting | B}},
-            {"source", {Id::Other, S | Void}},
+            {"source", {Id::Other, S | Void | NoRebuild}},
             {"span", {Id::Other, B}},
             {"strike", {Id::Other, Formatting | B}},
             {"strong", {Id::Other, Formatting | B}},
-            {"style", {Id::Other, S | RawText}},
+            {"style", {Id::Other, S | RawText | NoRebuild}},
             {"sub", {Id::Other, B}},
-            {"summary", {Id::Other, CP}},
+            {"summary", {Id::Other, CP | NoRebuild | BlockEnd}},
             {"sup", {Id::Other, B}},
             {"svg", {Id::Svg, 0}},
-            {"table", {Id::Table, CP | Scope | TableScope | TableTag | B}},
-            {"tbody", {Id::Other, S | Section}},
-            {"td", {Id::Other, S | Scope | Cell}},
-            {"template", {Id::Template, S | Scope | TableScope}},
-            {"textarea", {Id::Textarea, S | RawText}},
-            {"tfoot", {Id::Other, S | Section}},
-            {"th", {Id::Other, S | Scope | Cell}},
-            {"thead", {Id::Other, S | Section}},
-            {"title", {Id::Other, S | RawText}},
-            {"tr", {Id::Tr, S}},
-            {"track", {Id::Other, S | Void}},
+            {"table", {Id::Table, CP | Scope | TableScope | TableTag | B | NoRebuild}},
+            {"tbody", {Id::Other, S | Section | NoRebuild}},
+            {"td", {Id::Other, S | Scope | Cell | Marker | NoRebuild}},
+            {"template", {Id::Template, S | Scope | TableScope | Marker | NoRebuild}},
+            {"textarea", {Id::Textarea, S | RawText | NoRebuild}},
+            {"tfoot", {Id::Other, S | Section | NoRebuild}},
+            {"th", {Id::Other, S | Scope | Cell | Marker | NoRebuild}},
+            {"thead", {Id::Other, S | Section | NoRebuild}},
+            {"title", {Id::Other, S | RawText | NoRebuild}},
+            {"tr", {Id::Tr, S | NoRebuild}},
+            {"track", {Id::Other, S | Void | NoRebuild}},
             {"tt", {Id::Other, Formatting | B}},
             {"u", {Id::Other, Formatting | B}},
-            {"ul", {Id::Ul, CP | ListScope | B}},
+            {"ul", {Id::Other, CP | ListScope | B | NoRebuild | BlockEnd}},
             {"var", {Id::Other, B}},
             {"wbr", {Id::Other, S | Void}},
             {"xmp", {Id::Other, CP | RawText}},
         };
-        return t;
+        std::array<TagInfo, GUMBO_TAG_LAST + 1> byTag{};
+        for (const auto &[name, info] : known)
+            byTag[gumbo_tag_enum(name)] = info;
+        byTag[GUMBO_TAG_UNKNOWN] = {};
+        return byTag;
     }();
     return tags;
 }
@@ -226,15 +245,15 @@ bool isIntegrationPoint(std::string_view name, Namespace ns)
     return false;
 }
 
+GumboTag gumboTag(std::string_view name)
+{
+    // No tag name is longer; gumbo hashes whatever length it is given.
+    return name.size() > 16 ? GUMBO_TAG_UNKNOWN : gumbo_tagn_enum(name.data(), unsigned(name.size()));
+}
+
 TagInfo htmlTag(std::string_view name)
 {
-    std::array<char, 16> buffer{};
-    if (name.size() > buffer.size())
-        return {};
-    std::transform(name.begin(), name.end(), buffer.begin(), lower);
-    const auto &tags = htmlTags();
-    const auto it = tags.find(std::string_view(buffer.data(), name.size()));
-    return it == tags.end() ? TagInfo{} : it->second;
+    return htmlTags()[gumboTag(name)];
 }
 
 /// The attributes the rendered text or the parser's own decisions depend
@@ -261,7 +280,7 @@ bool isFontBreakoutAttribute(int kept)
 // The outline of the parser's stack of open elements
 
 enum Category { CatSpecial, CatScope, CatButton, CatList, CatTableScope, CatLiStop, CatHeading, CatDdDt, CatCell,
-                CatSection, CatTable, CatHtml, CatCount };
+                CatSection, CatTable, CatHtml, CatHtmlElement, CatCount };
 
 struct Entry
 {
@@ -271,8 +290,26 @@ struct Entry
     Namespace ns = Namespace::Html;
     bool foreign() const { return ns != Namespace::Html; }
     std::int32_t below = -1; ///< the next lower entry in the same hash bucket
+    std::int32_t listed = -1; ///< its place in the list of formatting elements and markers
     std::array<std::int32_t, CatCount> top{}; ///< topmost entry of each category at or below this one
 };
+
+/// The parser's list of formatting elements it rebuilds where text goes on
+/// after their block closed, with the markers cells and the like set.
+struct Listed
+{
+    std::string_view name;
+    std::uint64_t hash = 0;
+    std::uint64_t attributes = 0; ///< the kept attributes, order aside
+    TagInfo info;
+    std::int32_t at = -1; ///< its entry on the stack, or -1 when closed by a block
+    bool marker = false;
+};
+
+// More formatting elements than this since the last marker is no page's
+// markup; the outline forgets the oldest (the parser's memory budget deals
+// with such a page).
+constexpr std::size_t kMaxListed = 64;
 
 class Outline
 {
@@ -335,10 +372,15 @@ public:
         mark(CatSection, !foreign && (f & Section));
         mark(CatTable, !foreign && (f & TableTag));
         mark(CatHtml, !foreign || (f & Integration));
+        mark(CatHtmlElement, !foreign);
         std::int32_t &bucket = m_buckets[hash % kBuckets];
         e.below = bucket;
         bucket = at;
         m_stack.push_back(e);
+        if (!foreign && (f & Marker)) {
+            m_stack.back().listed = std::int32_t(m_list.size());
+            m_list.push_back({name, hash, 0, info, at, true});
+        }
         return true;
     }
 
@@ -347,47 +389,156 @@ public:
     {
         while (int(m_stack.size()) > std::max(at, 0)) {
             const Entry &e = m_stack.back();
+            const int pos = int(m_stack.size()) - 1;
+            if (e.listed >= 0 && m_list[std::size_t(e.listed)].at == pos) {
+                if (m_list[std::size_t(e.listed)].marker)
+                    m_list.resize(std::size_t(e.listed));
+                else
+                    m_list[std::size_t(e.listed)].at = -1;
+            }
             m_buckets[e.hash % kBuckets] = e.below;
             m_stack.pop_back();
         }
     }
 
-    /// The lowest entry above `at` that belongs to the category, or -1.
-    int firstAbove(int at, Category c) const
+    /// Pushes a formatting element and lists it; of three listed alike
+    /// since the last marker, the oldest leaves the list.
+    bool pushFormatting(std::string_view name, std::uint64_t hash, TagInfo info, std::uint64_t attributes)
     {
-        for (int i = at + 1; i < depth(); ++i) {
-            if (m_stack[std::size_t(i)].top[c] == i)
-                return i;
+        if (!push(name, hash, info, Namespace::Html))
+            return false;
+        const std::size_t start = std::size_t(lastMarker() + 1);
+        int alike = 0;
+        std::size_t oldest = m_list.size();
+        for (std::size_t i = m_list.size(); i-- > start;) {
+            if (m_list[i].hash == hash && m_list[i].attributes == attributes && sameName(m_list[i].name, name)) {
+                ++alike;
+                oldest = i;
+            }
+        }
+        if (alike >= 3)
+            unlist(int(oldest));
+        if (m_list.size() - start >= kMaxListed)
+            unlist(int(start));
+        m_stack.back().listed = std::int32_t(m_list.size());
+        m_list.push_back({name, hash, attributes, info, depth() - 1, false});
+        return true;
+    }
+
+    /// The last listed element of this name since the last marker, or -1.
+    int listed(std::string_view name, std::uint64_t hash) const
+    {
+        for (std::size_t i = m_list.size(); i-- > 0;) {
+            if (m_list[i].marker)
+                return -1;
+            if (m_list[i].hash == hash && sameName(m_list[i].name, name))
+                return int(i);
         }
         return -1;
     }
 
-    /// Takes one entry out from under others, as the parser does with a
-    /// formatting element closed across a block.
-    void removeAt(int at)
+    const Listed &listedEntry(int i) const { return m_list[std::size_t(i)]; }
+    void unlist(int i)
     {
+        for (std::size_t j = std::size_t(i); j < m_list.size(); ++j) {
+            const std::int32_t at = m_list[j].at;
+            if (at >= 0)
+                m_stack[std::size_t(at)].listed = j == std::size_t(i) ? -1 : std::int32_t(j - 1);
+        }
+        m_list.erase(m_list.begin() + i);
+    }
+
+    /// Rebuilds the formatting elements closed by a block since the last
+    /// marker, as the parser does before text and most start tags.
+    void rebuild()
+    {
+        if (m_list.empty() || m_list.back().marker || m_list.back().at >= 0)
+            return;
+        std::size_t first = m_list.size() - 1;
+        while (first > 0 && !m_list[first - 1].marker && m_list[first - 1].at < 0)
+            --first;
+        for (std::size_t i = first; i < m_list.size(); ++i) {
+            if (!push(m_list[i].name, m_list[i].hash, m_list[i].info, Namespace::Html))
+                break;
+            m_list[i].at = depth() - 1;
+            m_stack.back().listed = std::int32_t(i);
+        }
+    }
+
+    const Entry &entry(int at) const { return m_stack[std::size_t(at)]; }
+
+    /// A formatting element at `at` closed across blocks up to `last`: it
+    /// goes, and so do the entries up to `last` that are neither blocks nor
+    /// formatting elements; above `last` everything goes when `closed`,
+    /// else the element stays right above `last`.
+    void rebuildAbove(int at, int last, bool closed)
+    {
+        const Entry moved = m_stack[std::size_t(at)];
         m_moved.assign(m_stack.begin() + at + 1, m_stack.end());
         popTo(at);
-        for (const Entry &e : m_moved)
+        for (int i = at + 1; i < at + 1 + int(m_moved.size()); ++i) {
+            const Entry &e = m_moved[std::size_t(i - at - 1)];
+            if (i > last && closed)
+                break;
+            if (i <= last && e.top[CatSpecial] != i && !(e.info.flags & Formatting))
+                continue;
             push(e.name, e.hash, e.info, e.ns);
+            relist(e.listed);
+            if (i == last && !closed) {
+                push(moved.name, moved.hash, moved.info, moved.ns);
+                relist(moved.listed);
+            }
+        }
+        if (closed && moved.listed >= 0)
+            unlist(moved.listed);
     }
 
 private:
     static constexpr std::size_t kBuckets = 4096;
 
+    int lastMarker() const
+    {
+        for (std::size_t i = m_list.size(); i-- > 0;) {
+            if (m_list[i].marker)
+                return int(i);
+        }
+        return -1;
+    }
+
+    /// A listed element back on the stack, as the entry just pushed.
+    void relist(int listed)
+    {
+        if (listed < 0 || std::size_t(listed) >= m_list.size())
+            return;
+        m_list[std::size_t(listed)].at = depth() - 1;
+        m_stack.back().listed = listed;
+    }
+
     std::vector<Entry> m_stack;
     std::vector<Entry> m_moved;
+    std::vector<Listed> m_list;
     std::array<std::int32_t, kBuckets> m_buckets;
 };
 
 // ---------------------------------------------------------------------------
 // The pass over the page
 
+/// gumbo 0.10 knows an end tag by its tag number only, so to it every HTML
+/// element name it does not know is the same name: </foo> closes <bar>.
+constexpr std::string_view kUnknownName = "\x01";
+constexpr std::uint64_t kUnknownHash = nameHash(kUnknownName);
+/// svg and math elements are kept apart from HTML ones of the same name.
+constexpr std::uint64_t kForeignSalt = 0x9e3779b97f4a7c15ull;
+
 struct Tag
 {
     std::size_t end = std::string_view::npos; ///< after its '>'; npos: the page ends inside the tag
     std::string_view name;
     std::uint64_t hash = 0;
+    std::string_view htmlName; ///< the name as HTML elements are matched
+    std::uint64_t htmlHash = 0;
+    TagInfo info; ///< as an HTML element
+    std::uint64_t attributes = 0; ///< the kept attributes and their values, order aside
     bool selfClosing = false;
     bool fontBreakout = false;
 };
@@ -413,13 +564,21 @@ private:
     bool openElement(const Tag &tag, TagInfo info, Namespace ns, std::size_t lt);
     void closeP();
     void closeFormatting(int at);
+    /// An end tag for the listed formatting element `listed`.
+    void endFormatting(int listed);
     bool inSelect() const;
+    void textBefore(std::size_t from, std::size_t to);
     std::size_t skipRawText(const Tag &tag);
+    std::size_t scriptEnd(std::size_t from) const;
+    /// The page holds a tag name `name` at `at`, ended as the tokenizer ends names.
+    bool tagNamedAt(std::size_t at, std::string_view name) const;
     std::size_t commentEnd(std::size_t from) const;
 
     // Output: the page with ranges left out, copied only once something is.
     void leaveOut(std::size_t from, std::size_t to, std::string_view instead = {});
+    /// Keeps the tag scanned last, less the attributes it need not carry.
     void keepTag();
+    void leaveOutTag(std::size_t lt, std::size_t end);
 
     std::string_view m_page;
     std::string &m_out;
@@ -429,6 +588,12 @@ private:
     Outline m_outline;
     std::vector<std::pair<std::size_t, std::size_t>> m_cuts; ///< attributes of the last tag scanned to leave out
     std::unordered_map<std::uint64_t, std::uint32_t> m_leftOut; ///< start tags left out per name, awaiting their end tags
+    std::vector<int> m_blocks; ///< blocks above a formatting element being closed
+    /// The token before was a pre or listing start tag, which drops a line
+    /// break right after it, or the current node is a table part, where
+    /// white space after a tag goes elsewhere than text: leaving out an end
+    /// tag here would change where text goes.
+    bool m_keepNextEndTag = false;
 };
 
 void Guard::leaveOut(std::size_t from, std::size_t to, std::string_view instead)
@@ -441,6 +606,15 @@ void Guard::leaveOut(std::size_t from, std::size_t to, std::string_view instead)
     m_out.append(m_page.substr(m_copied, from - m_copied));
     m_out.append(instead);
     m_copied = to;
+}
+
+void Guard::leaveOutTag(std::size_t lt, std::size_t end)
+{
+    // A "<" of the text just before must not run into what follows and
+    // make a tag of it; an empty comment parts them and renders nothing.
+    const bool afterLessThan = m_result.changed && m_copied == lt ? !m_out.empty() && m_out.back() == '<'
+                                                                 : lt > 0 && m_page[lt - 1] == '<';
+    leaveOut(lt, end, afterLessThan ? std::string_view("<!---->") : std::string_view());
 }
 
 void Guard::keepTag()
@@ -464,6 +638,10 @@ Tag Guard::scanTag(std::size_t i, bool endTag)
         ++i;
     tag.name = p.substr(nameStart, i - nameStart);
     tag.hash = nameHash(tag.name);
+    tag.info = htmlTags()[gumboTag(tag.name)];
+    const bool known = gumboTag(tag.name) != GUMBO_TAG_UNKNOWN;
+    tag.htmlName = known ? tag.name : kUnknownName;
+    tag.htmlHash = known ? tag.hash : kUnknownHash;
     m_cuts.clear();
     unsigned seen = 0;
     for (;;) {
@@ -489,6 +667,7 @@ Tag Guard::scanTag(std::size_t i, bool endTag)
             ++i;
         const std::string_view attrName = p.substr(attrStart, i - attrStart);
         std::size_t attrEnd = i;
+        std::string_view value;
         std::size_t j = i;
         while (j < n && isSpace(p[j]))
             ++j;
@@ -502,22 +681,28 @@ Tag Guard::scanTag(std::size_t i, bool endTag)
                 const std::size_t close = p.find(p[j], j + 1);
                 if (close == std::string_view::npos)
                     return tag;
+                value = p.substr(j + 1, close - j - 1);
                 attrEnd = i = close + 1;
             } else if (p[j] == '>') {
                 attrEnd = i = j;
             } else {
+                const std::size_t start = j;
                 while (j < n && !isSpace(p[j]) && p[j] != '>')
                     ++j;
+                value = p.substr(start, j - start);
                 attrEnd = i = j;
             }
         }
         const int kept = endTag ? -1 : keptAttribute(attrName);
         if (kept >= 0 && isFontBreakoutAttribute(kept))
             tag.fontBreakout = true;
-        if (kept >= 0 && !(seen & (1u << kept)))
+        if (kept >= 0 && !(seen & (1u << kept))) {
             seen |= 1u << kept;
-        else
+            // A sum, as the parser compares attributes in any order.
+            tag.attributes += (std::uint64_t(kept) + 1) * valueHash(value);
+        } else {
             m_cuts.emplace_back(attrStart, attrEnd);
+        }
     }
 }
 
@@ -547,21 +732,62 @@ std::size_t Guard::commentEnd(std::size_t from) const
     }
 }
 
+bool Guard::tagNamedAt(std::size_t at, std::string_view name) const
+{
+    const std::size_t after = at + name.size();
+    return after <= m_page.size() && sameName(m_page.substr(at, name.size()), name)
+        && (after == m_page.size() || isSpace(m_page[after]) || m_page[after] == '/' || m_page[after] == '>');
+}
+
+std::size_t Guard::scriptEnd(std::size_t from) const
+{
+    // A script ends at its end tag, except inside "<!--" ... "-->", where a
+    // "<script" starts a stretch that only its own "</script" ends.
+    enum class State { Data, Escaped, DoubleEscaped } state = State::Data;
+    const std::string_view p = m_page;
+    int dashes = 0;
+    for (std::size_t i = from; i < p.size(); ++i) {
+        const char c = p[i];
+        if (c == '-') {
+            ++dashes;
+            continue;
+        }
+        const bool endOfComment = c == '>' && dashes >= 2;
+        dashes = 0;
+        if (state == State::Data) {
+            if (p.compare(i, 4, "<!--") == 0) {
+                state = State::Escaped;
+                i += 3;
+                dashes = 2;
+            } else if (c == '<' && i + 1 < p.size() && p[i + 1] == '/' && tagNamedAt(i + 2, "script")) {
+                return i;
+            }
+        } else if (endOfComment) {
+            state = State::Data;
+        } else if (c == '<' && i + 1 < p.size() && p[i + 1] == '/' && tagNamedAt(i + 2, "script")) {
+            if (state == State::Escaped)
+                return i;
+            state = State::Escaped;
+        } else if (c == '<' && state == State::Escaped && tagNamedAt(i + 1, "script")) {
+            state = State::DoubleEscaped;
+        }
+    }
+    return std::string_view::npos;
+}
+
 std::size_t Guard::skipRawText(const Tag &tag)
 {
     // The element's text runs to its own end tag, whatever the case.
     const std::string_view p = m_page;
     std::size_t at = tag.end;
-    for (;;) {
-        at = p.find("</", at);
-        if (at == std::string_view::npos)
-            return p.size();
-        const std::size_t after = at + 2 + tag.name.size();
-        if (after <= p.size() && sameName(p.substr(at + 2, tag.name.size()), tag.name)
-            && (after == p.size() || isSpace(p[after]) || p[after] == '/' || p[after] == '>'))
-            break;
-        at += 2;
+    if (sameName(tag.name, "script")) {
+        at = scriptEnd(at);
+    } else {
+        for (at = p.find("</", at); at != std::string_view::npos && !tagNamedAt(at + 2, tag.name); at = p.find("</", at + 2)) {
+        }
     }
+    if (at == std::string_view::npos)
+        return p.size();
     const Tag end = scanTag(at + 2, true);
     if (end.end == std::string_view::npos)
         return p.size();
@@ -578,15 +804,35 @@ void Guard::closeP()
 
 void Guard::closeFormatting(int at)
 {
-    // With a block opened inside it, the parser moves the formatting element
-    // into that block, and the block is then the current node.
-    const int block = m_outline.firstAbove(at, CatSpecial);
-    if (block < 0) {
+    // With blocks opened inside it, the parser moves the formatting element
+    // into each block in turn (up to eight), keeping formatting elements on
+    // the way and dropping other inline ones, then closes it after the last
+    // block with everything opened there.
+    constexpr int kMoves = 8;
+    m_blocks.clear();
+    for (int i = at + 1; i < m_outline.depth() && int(m_blocks.size()) <= kMoves; ++i) {
+        if (m_outline.entry(i).top[CatSpecial] == i)
+            m_blocks.push_back(i);
+    }
+    if (m_blocks.empty()) {
+        const int listed = m_outline.entry(at).listed;
         m_outline.popTo(at);
+        if (listed >= 0)
+            m_outline.unlist(listed);
         return;
     }
-    m_outline.popTo(block + 1);
-    m_outline.removeAt(at);
+    const bool closed = int(m_blocks.size()) <= kMoves;
+    const int last = closed ? m_blocks.back() : m_blocks[kMoves - 1];
+    m_outline.rebuildAbove(at, last, closed);
+}
+
+void Guard::endFormatting(int listed)
+{
+    const Listed &element = m_outline.listedEntry(listed);
+    if (element.at < 0)
+        m_outline.unlist(listed); // closed by a block: it is just not rebuilt
+    else if (element.at >= m_outline.top(CatScope))
+        closeFormatting(element.at);
 }
 
 bool Guard::inSelect() const
@@ -597,19 +843,23 @@ bool Guard::inSelect() const
 
 bool Guard::openElement(const Tag &tag, TagInfo info, Namespace ns, std::size_t lt)
 {
-    if (m_outline.push(tag.name, tag.hash, info, ns)) {
+    const bool html = ns == Namespace::Html;
+    const bool pushed = html && (info.flags & Formatting)
+        ? m_outline.pushFormatting(tag.htmlName, tag.htmlHash, info, tag.attributes)
+        : m_outline.push(html ? tag.htmlName : tag.name, html ? tag.htmlHash : tag.hash ^ kForeignSalt, info, ns);
+    if (pushed) {
         keepTag();
         return true;
     }
-    leaveOut(lt, tag.end);
-    ++m_leftOut[tag.hash];
+    leaveOutTag(lt, tag.end);
+    ++m_leftOut[html ? tag.htmlHash : tag.hash ^ kForeignSalt];
     m_result.tagsLeftOut = true;
     return false;
 }
 
 Guard::After Guard::startTag(const Tag &tag, std::size_t lt)
 {
-    TagInfo info = htmlTag(tag.name);
+    TagInfo info = tag.info;
     const Entry *current = m_outline.current();
     // In a math text element, mglyph and malignmark stay math.
     const bool mathGlyph = current && current->ns == Namespace::Math && (current->info.flags & Integration)
@@ -664,10 +914,13 @@ Guard::After Guard::startTag(const Tag &tag, std::size_t lt)
     }
     const std::uint32_t f = info.flags;
     if ((f & NoPush) || ((info.id == Id::Svg || info.id == Id::Math) && tag.selfClosing)) {
+        if (!(f & NoPush))
+            m_outline.rebuild();
         keepTag();
         return After::Next;
     }
     if (info.id == Id::Svg || info.id == Id::Math) {
+        m_outline.rebuild();
         const Namespace ns = info.id == Id::Svg ? Namespace::Svg : Namespace::Math;
         openElement(tag, {info.id, 0}, ns, lt);
         return After::Next;
@@ -685,6 +938,8 @@ Guard::After Guard::startTag(const Tag &tag, std::size_t lt)
     if (f & ClosesP)
         closeP();
     if (f & (Void | RawText) || info.id == Id::Plaintext) {
+        if (!(f & NoRebuild))
+            m_outline.rebuild();
         keepTag();
         return (f & RawText) ? After::RawText : info.id == Id::Plaintext ? After::Stop : After::Next;
     }
@@ -699,20 +954,30 @@ Guard::After Guard::startTag(const Tag &tag, std::size_t lt)
         if (table >= 0 && table == m_outline.top(CatScope))
             m_outline.popTo(table);
     } else if ((f & (Cell | Section)) || info.id == Id::Tr || info.id == Id::Caption) {
-        if (table < 0) {
+        // In a table, or a template (which may hold table parts alone).
+        const int holder = m_outline.top(CatTableScope);
+        if (holder < 0) {
             keepTag(); // ignored outside a table
             return After::Next;
         }
         // Back to the table, its section or its row, whatever was opened
         // since (an open cell included).
-        int context = table;
+        int context = holder;
         const int section = m_outline.top(CatSection);
         const int row = m_outline.topmost("tr", kTr);
-        if ((f & Cell) && row > table)
+        if ((f & Cell) && row > context)
             context = row;
-        else if (((f & Cell) || info.id == Id::Tr) && section > table)
+        else if (((f & Cell) || info.id == Id::Tr) && section > context)
             context = section;
         m_outline.popTo(context + 1);
+        // A table's row without a section, or cell without a row, gets them
+        // made up, as the parser does; a template holds them as they come.
+        if (m_outline.entry(holder).info.id == Id::Table) {
+            if (((f & Cell) || info.id == Id::Tr) && section < holder)
+                m_outline.push("tbody", kTbody, htmlTag("tbody"), Namespace::Html);
+            if ((f & Cell) && row < holder)
+                m_outline.push("tr", kTr, htmlTag("tr"), Namespace::Html);
+        }
     } else if (info.id == Id::Option || info.id == Id::Optgroup) {
         if (m_outline.currentId() == Id::Option)
             m_outline.popTo(m_outline.depth() - 1);
@@ -725,15 +990,19 @@ Guard::After Guard::startTag(const Tag &tag, std::size_t lt)
             m_outline.popTo(button);
     } else if (info.id == Id::A || info.id == Id::Nobr) {
         // A new link ends the open one.
-        const int open = m_outline.topmost(tag.name, tag.hash);
-        if (open >= 0 && open >= m_outline.top(CatScope))
-            closeFormatting(open);
+        if (info.id == Id::Nobr)
+            m_outline.rebuild();
+        const int listed = m_outline.listed(tag.name, tag.hash);
+        if (listed >= 0)
+            endFormatting(listed);
     } else if (info.id == Id::Form) {
         if (m_outline.topmost("form", kForm) >= 0) {
             keepTag(); // forms do not nest
             return After::Next;
         }
     }
+    if (!(f & NoRebuild))
+        m_outline.rebuild();
     openElement(tag, info, Namespace::Html, lt);
     return After::Next;
 }
@@ -741,27 +1010,35 @@ Guard::After Guard::startTag(const Tag &tag, std::size_t lt)
 void Guard::endTag(const Tag &tag, std::size_t lt)
 {
     if (!m_leftOut.empty()) {
-        const auto it = m_leftOut.find(tag.hash);
+        auto it = m_leftOut.find(tag.htmlHash);
+        if (it == m_leftOut.end())
+            it = m_leftOut.find(tag.hash ^ kForeignSalt);
         if (it != m_leftOut.end()) {
-            leaveOut(lt, tag.end);
+            leaveOutTag(lt, tag.end);
             if (--it->second == 0)
                 m_leftOut.erase(it);
             return;
         }
     }
-    const TagInfo info = htmlTag(tag.name);
-    const int open = m_outline.topmost(tag.name, tag.hash);
+    const TagInfo info = tag.info;
+    const int open = m_outline.topmost(tag.htmlName, tag.htmlHash);
+    const int openForeign = m_outline.topmost(tag.name, tag.hash ^ kForeignSalt);
     // An end tag that closes nothing still has the parser walk its stack. A
     // stray </p> makes an empty paragraph and </br> a line break: kept.
     const int closes = (info.flags & Heading) ? m_outline.top(CatHeading) : open;
-    if (closes < 0 && m_outline.depth() >= kStrayDepth && info.id != Id::P && info.id != Id::Br) {
-        leaveOut(lt, tag.end);
-        m_result.tagsLeftOut = true;
+    // A formatting element closed by a block is still listed to be rebuilt.
+    const int listed = (info.flags & Formatting) ? m_outline.listed(tag.htmlName, tag.htmlHash) : -1;
+    if (closes < 0 && openForeign < 0 && listed < 0 && !m_keepNextEndTag && m_outline.depth() >= kStrayDepth && info.id != Id::P && info.id != Id::Br) {
+        leaveOutTag(lt, tag.end);
+        m_result.strayTagsLeftOut = true;
         return;
     }
     keepTag();
-    if (m_outline.inForeignContent() && open > m_outline.top(CatHtml)) {
-        m_outline.popTo(open);
+    // End tags follow svg and math rules whenever the current node is one
+    // of theirs, integration points included.
+    const Entry *current = m_outline.current();
+    if (current && current->foreign() && openForeign > m_outline.top(CatHtmlElement)) {
+        m_outline.popTo(openForeign);
         return;
     }
     const std::uint32_t f = info.flags;
@@ -791,26 +1068,44 @@ void Guard::endTag(const Tag &tag, std::size_t lt)
             m_outline.popTo(m_outline.depth() - 1);
         break;
     case Id::Select:
+    case Id::Template: // a template ends whatever it holds
         if (open >= 0)
             m_outline.popTo(open);
         break;
-    case Id::Br:   // read as <br>
+    case Id::Br: // read as <br>
+        m_outline.rebuild();
+        break;
     case Id::Form: // the form leaves the stack from wherever it is; the outline keeps it
         break;
     default:
         if (f & Heading)
             closeIn(m_outline.top(CatHeading), CatScope);
-        else if (f & Formatting) {
-            if (open >= 0 && open >= m_outline.top(CatScope))
-                closeFormatting(open);
-        } else if ((f & (Cell | Section | TableTag)) || info.id == Id::Tr || info.id == Id::Caption)
+        else if ((f & Formatting) && listed >= 0)
+            endFormatting(listed);
+        else if ((f & Formatting) && open >= 0 && open > m_outline.top(CatSpecial))
+            m_outline.popTo(open); // not listed: closed as any inline element
+        else if ((f & (Cell | Section | TableTag)) || info.id == Id::Tr || info.id == Id::Caption)
             closeIn(open, CatTableScope);
-        else if (f & Special)
+        else if (f & (BlockEnd | DdDt))
             closeIn(open, CatScope);
-        else if (open >= 0 && open > m_outline.top(CatSpecial))
-            m_outline.popTo(open);
+        else if (open >= 0 && open >= m_outline.top(CatSpecial))
+            m_outline.popTo(open); // nothing special opened inside it
         break;
     }
+}
+
+void Guard::textBefore(std::size_t from, std::size_t to)
+{
+    // Text rebuilds the formatting elements closed by a block, except in
+    // svg or math and in a select, and white space straight in a table.
+    if (m_outline.inForeignContent() || inSelect())
+        return;
+    const Entry *current = m_outline.current();
+    const bool inTable = current && !current->foreign()
+        && (current->info.id == Id::Table || current->info.id == Id::Tr || (current->info.flags & Section));
+    if (inTable && std::all_of(m_page.begin() + std::ptrdiff_t(from), m_page.begin() + std::ptrdiff_t(to), isSpace))
+        return;
+    m_outline.rebuild();
 }
 
 MarkupGuardResult Guard::run()
@@ -819,6 +1114,7 @@ MarkupGuardResult Guard::run()
     const std::size_t n = p.size();
     std::size_t i = 0;
     unsigned tags = 0;
+    bool afterPre = false; // the token before was <pre> or <listing>
     while (i < n) {
         if (m_shouldStop && (++tags & 4095) == 0 && m_shouldStop()) {
             m_result.stopped = true;
@@ -827,6 +1123,10 @@ MarkupGuardResult Guard::run()
         const std::size_t lt = p.find('<', i);
         if (lt == std::string_view::npos || lt + 1 >= n)
             break;
+        if (lt > i) {
+            textBefore(i, lt);
+            afterPre = false;
+        }
         const char c = p[lt + 1];
         if (c == '!') {
             if (p.compare(lt + 2, 2, "--") == 0) {
@@ -838,9 +1138,11 @@ MarkupGuardResult Guard::run()
                 const std::size_t end = p.find('>', lt + 2);
                 i = end == std::string_view::npos ? n : end + 1;
             }
+            afterPre = false;
         } else if (c == '?') {
             const std::size_t end = p.find('>', lt + 2);
             i = end == std::string_view::npos ? n : end + 1;
+            afterPre = false;
         } else if (c == '/') {
             if (lt + 2 >= n)
                 break;
@@ -848,13 +1150,19 @@ MarkupGuardResult Guard::run()
                 const Tag tag = scanTag(lt + 2, true);
                 if (tag.end == std::string_view::npos)
                     break;
+                const Entry *current = m_outline.current();
+                m_keepNextEndTag = afterPre
+                    || (current && !current->foreign()
+                        && (current->info.id == Id::Table || current->info.id == Id::Tr || (current->info.flags & Section)));
                 endTag(tag, lt);
                 i = tag.end;
+                afterPre = false;
             } else if (p[lt + 2] == '>') {
-                i = lt + 3;
+                i = lt + 3; // no token at all
             } else {
                 const std::size_t end = p.find('>', lt + 2);
                 i = end == std::string_view::npos ? n : end + 1;
+                afterPre = false;
             }
         } else if (isLetter(c)) {
             const Tag tag = scanTag(lt + 1, false);
@@ -864,8 +1172,11 @@ MarkupGuardResult Guard::run()
             if (after == After::Stop)
                 break;
             i = after == After::RawText ? skipRawText(tag) : tag.end;
+            afterPre = after == After::Next && (sameName(tag.name, "pre") || sameName(tag.name, "listing"));
         } else {
+            textBefore(lt, lt + 1); // a "<" that starts no tag is text
             i = lt + 1;
+            afterPre = false;
         }
     }
     if (m_result.changed)

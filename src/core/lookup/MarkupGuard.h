@@ -16,7 +16,8 @@ inline constexpr int kMaxMarkupDepth = 64;
 struct MarkupGuardResult
 {
     bool changed = false;     ///< `out` holds the page to parse; else parse the page as it is
-    bool tagsLeftOut = false; ///< start or end tags were left out, not only attributes
+    bool tagsLeftOut = false;     ///< start tags too deep were left out: the tree is not the page's
+    bool strayTagsLeftOut = false; ///< end tags that close nothing were left out
     bool stopped = false;     ///< `shouldStop` said so before the end; `out` is unusable
 };
 

@@ -160,6 +160,19 @@ void TestHtmlText::guardKeepsWhatPagesShow_data()
     QTest::newRow("div breaks out of svg") << u"<svg><g><div>a</div>b"_qs << u"a\r\nb"_qs;
     QTest::newRow("prompt of isindex")
         << u"<isindex prompt=\"Call?\" x=1>"_qs << u"Call?"_qs;
+    // Deep pages, where end tags that close nothing are left out: whether
+    // one closes something must be judged as the parser judges it.
+    const QString deep = u"<span>"_qs.repeated(20);
+    QTest::newRow("end tag of a formatting element rebuilt in svg")
+        << deep + u"<b><footer><i></footer><svg></i><noframes><u></noframes>;"_qs << u";"_qs;
+    QTest::newRow("template holds table parts") << u"<table><template><tbody>"_qs + deep + u"</template>W"_qs << u"W"_qs;
+    QTest::newRow("cell gets a row made up") << u"<table><th>"_qs + deep + u"</tr>b"_qs << u"b"_qs;
+    QTest::newRow("line break after pre and an end tag") << deep + u"<pre></h2>\nx</pre>"_qs << u"\r\nx"_qs;
+    QTest::newRow("end tag of a special element inside another")
+        << u"<noscript><header></noscript>"_qs + deep + u"W</header>>"_qs << u"W\r\n>"_qs;
+    QTest::newRow("unknown end tag closes any unknown element")
+        << u"<zz style=\"display:block\">"_qs + deep + u"x</qq>y"_qs << u"x\r\ny"_qs;
+    QTest::newRow("a text < stays apart from what follows") << deep + u"<</dt>W"_qs << u"<W"_qs;
     QTest::newRow("select inside a table ends with the table")
         << u"<table><tr><td><select><option>o</select><td>c</table>x"_qs << u"o\r\n\tc\r\nx"_qs;
 }

@@ -192,11 +192,12 @@ QByteArray settleLabel(const QByteArray &label, bool fromMeta)
 // ---------------------------------------------------------------------------
 // Parsing and rendered text
 
-/// What the parser may allocate for a page: a generous multiple of what the
-/// densest ordinary markup needs (a few hundred bytes per element, one
-/// element in every three or four bytes), and a floor for small pages.
+/// What the parser may allocate for a page: above what the densest markup
+/// needs (a few hundred bytes per element, an element and a text in every
+/// four bytes: about 100 bytes per byte of page), and a floor for small
+/// pages.
 constexpr std::size_t kArenaFloor = 64 * 1024 * 1024;
-constexpr std::size_t kArenaPerByte = 96;
+constexpr std::size_t kArenaPerByte = 128;
 
 PageTextError limitReached(const DecodeLimits &limits)
 {

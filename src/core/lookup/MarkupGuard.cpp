@@ -65,8 +65,8 @@ constexpr std::uint64_t kForm = nameHash("form");
 // What the parser does with each tag name
 
 enum class Id : std::uint8_t {
-    Other, A, Br, Button, Caption, Font, Form, Input, Keygen, Li, Math, Nobr, Optgroup, Option, P, Plaintext,
-    Script, Select, Svg, Table, Template, Textarea, Tr
+    Other, A, Br, Button, Caption, Font, Form, Input, Isindex, Keygen, Li, Math, Nobr, Optgroup, Option, P,
+    Plaintext, Script, Select, Svg, Table, Template, Textarea, Tr
 };
 
 enum Flag : std::uint32_t {
@@ -161,7 +161,7 @@ const std::array<TagInfo, GUMBO_TAG_LAST + 1> &htmlTags()
             {"image", {Id::Other, Void}},
             {"img", {Id::Other, S | Void | B}},
             {"input", {Id::Input, S | Void}},
-            {"isindex", {Id::Other, S | Void | NoRebuild}},
+            {"isindex", {Id::Isindex, S | Void | NoRebuild}},
             {"keygen", {Id::Keygen, S | Void}},
             {"li", {Id::Li, CP | B | NoRebuild}},
             {"link", {Id::Other, S | Void | NoRebuild}},
@@ -232,17 +232,23 @@ const std::array<TagInfo, GUMBO_TAG_LAST + 1> &htmlTags()
 
 enum class Namespace : std::uint8_t { Html, Svg, Math };
 
-/// Elements inside svg and math where markup is HTML again; they bound
-/// scopes like applet and object do.
-bool isIntegrationPoint(std::string_view name, Namespace ns)
+/// What an svg or math element is to the parser: the ones where markup is
+/// HTML again bound scopes as applet and object do, and so does
+/// annotation-xml, which holds HTML only when its encoding says so.
+TagInfo foreignTag(std::string_view name, Namespace ns, bool htmlEncoding)
 {
-    if (ns == Namespace::Svg)
-        return sameName(name, "foreignobject") || sameName(name, "desc") || sameName(name, "title");
-    for (std::string_view n : {"mi", "mo", "mn", "ms", "mtext", "annotation-xml"}) {
-        if (sameName(name, n))
-            return true;
+    constexpr std::uint32_t boundary = Special | Scope;
+    if (ns == Namespace::Svg) {
+        const bool html = sameName(name, "foreignobject") || sameName(name, "desc") || sameName(name, "title");
+        return {Id::Other, html ? boundary | Integration : 0u};
     }
-    return false;
+    if (sameName(name, "annotation-xml"))
+        return {Id::Other, boundary | (htmlEncoding ? std::uint32_t(Integration) : 0u)};
+    for (std::string_view n : {"mi", "mo", "mn", "ms", "mtext"}) {
+        if (sameName(name, n))
+            return {Id::Other, boundary | Integration};
+    }
+    return {};
 }
 
 GumboTag gumboTag(std::string_view name)
@@ -270,6 +276,8 @@ int keptAttribute(std::string_view name)
     }
     return -1;
 }
+
+constexpr int kEncoding = 8;
 
 bool isFontBreakoutAttribute(int kept)
 {
@@ -305,6 +313,11 @@ struct Listed
     std::int32_t at = -1; ///< its entry on the stack, or -1 when closed by a block
     bool marker = false;
 };
+
+constexpr int kMaxIsindexes = 256;
+
+/// Attributes a formatting tag keeps: the parser compares each with each.
+constexpr int kFormattingAttributes = 16;
 
 // More formatting elements than this since the last marker is no page's
 // markup; the outline forgets the oldest (the parser's memory budget deals
@@ -355,17 +368,17 @@ public:
             e.top = m_stack.back().top;
         const std::int32_t at = std::int32_t(m_stack.size());
         const std::uint32_t f = info.flags;
-        const bool boundary = (f & Scope) || (foreign && (f & Integration));
+        const bool boundary = f & Scope;
         auto mark = [&](Category c, bool member) {
             if (member)
                 e.top[c] = at;
         };
-        mark(CatSpecial, (f & Special) || (foreign && (f & Integration)));
+        mark(CatSpecial, f & Special);
         mark(CatScope, boundary);
         mark(CatButton, boundary || (!foreign && info.id == Id::Button));
         mark(CatList, boundary || (!foreign && (f & ListScope)));
         mark(CatTableScope, !foreign && (f & TableScope));
-        mark(CatLiStop, ((f & Special) || (foreign && (f & Integration))) && !(f & NotLiStop));
+        mark(CatLiStop, (f & Special) && !(f & NotLiStop));
         mark(CatHeading, !foreign && (f & Heading));
         mark(CatDdDt, !foreign && (f & DdDt));
         mark(CatCell, !foreign && (f & Cell));
@@ -450,14 +463,22 @@ public:
 
     /// Rebuilds the formatting elements closed by a block since the last
     /// marker, as the parser does before text and most start tags.
-    void rebuild()
+    /// Where the elements to rebuild begin in the list: they run to its end.
+    std::size_t rebuildFrom() const
     {
         if (m_list.empty() || m_list.back().marker || m_list.back().at >= 0)
-            return;
+            return m_list.size();
         std::size_t first = m_list.size() - 1;
         while (first > 0 && !m_list[first - 1].marker && m_list[first - 1].at < 0)
             --first;
-        for (std::size_t i = first; i < m_list.size(); ++i) {
+        return first;
+    }
+
+    std::size_t listSize() const { return m_list.size(); }
+
+    void rebuild()
+    {
+        for (std::size_t i = rebuildFrom(); i < m_list.size(); ++i) {
             if (!push(m_list[i].name, m_list[i].hash, m_list[i].info, Namespace::Html))
                 break;
             m_list[i].at = depth() - 1;
@@ -541,6 +562,7 @@ struct Tag
     std::uint64_t attributes = 0; ///< the kept attributes and their values, order aside
     bool selfClosing = false;
     bool fontBreakout = false;
+    bool htmlEncoding = false; ///< encoding="text/html" or "application/xhtml+xml"
 };
 
 class Guard
@@ -550,6 +572,7 @@ public:
         : m_page(page)
         , m_out(out)
         , m_shouldStop(shouldStop)
+        , m_rebuildBudget(std::max<std::size_t>(4096, page.size() / 32))
     {
     }
 
@@ -568,11 +591,15 @@ private:
     void endFormatting(int listed);
     bool inSelect() const;
     void textBefore(std::size_t from, std::size_t to);
+    /// Rebuilds the formatting elements closed by a block, before what is at `at`.
+    void rebuild(std::size_t at);
     std::size_t skipRawText(const Tag &tag);
     std::size_t scriptEnd(std::size_t from) const;
     /// The page holds a tag name `name` at `at`, ended as the tokenizer ends names.
     bool tagNamedAt(std::size_t at, std::string_view name) const;
     std::size_t commentEnd(std::size_t from) const;
+    /// The tag scanned holds an attribute named `name` before `at`.
+    bool repeatsName(std::size_t at, std::string_view name);
 
     // Output: the page with ranges left out, copied only once something is.
     void leaveOut(std::size_t from, std::size_t to, std::string_view instead = {});
@@ -587,6 +614,7 @@ private:
     MarkupGuardResult m_result;
     Outline m_outline;
     std::vector<std::pair<std::size_t, std::size_t>> m_cuts; ///< attributes of the last tag scanned to leave out
+    std::vector<std::pair<std::size_t, std::string_view>> m_names; ///< attribute names of a formatting tag so far
     std::unordered_map<std::uint64_t, std::uint32_t> m_leftOut; ///< start tags left out per name, awaiting their end tags
     std::vector<int> m_blocks; ///< blocks above a formatting element being closed
     /// The token before was a pre or listing start tag, which drops a line
@@ -594,6 +622,12 @@ private:
     /// white space after a tag goes elsewhere than text: leaving out an end
     /// tag here would change where text goes.
     bool m_keepNextEndTag = false;
+    // How many formatting elements the parser may rebuild for a page: one
+    // per 32 bytes, some thousands at least; an ordinary page rebuilds a
+    // few per paragraph.
+    std::size_t m_rebuilt = 0;
+    int m_isindexes = 0;
+    std::size_t m_rebuildBudget = 0;
 };
 
 void Guard::leaveOut(std::size_t from, std::size_t to, std::string_view instead)
@@ -610,11 +644,17 @@ void Guard::leaveOut(std::size_t from, std::size_t to, std::string_view instead)
 
 void Guard::leaveOutTag(std::size_t lt, std::size_t end)
 {
+    // The last three characters of the output before the tag: the copy so
+    // far, then the page since.
+    const std::size_t from = m_result.changed ? m_copied : 0;
+    std::string last = m_result.changed ? m_out.substr(m_out.size() - std::min<std::size_t>(m_out.size(), 3)) : std::string();
+    const std::size_t since = lt - from;
+    last.append(m_page.substr(lt - std::min<std::size_t>(since, 3), std::min<std::size_t>(since, 3)));
     // A "<" of the text just before must not run into what follows and
-    // make a tag of it; an empty comment parts them and renders nothing.
-    const bool afterLessThan = m_result.changed && m_copied == lt ? !m_out.empty() && m_out.back() == '<'
-                                                                 : lt > 0 && m_page[lt - 1] == '<';
-    leaveOut(lt, end, afterLessThan ? std::string_view("<!---->") : std::string_view());
+    // make a tag of it, and the parser misreads the first tag after an
+    // empty "</>"; an empty comment parts them and renders nothing.
+    const bool part = last.ends_with('<') || last.ends_with("</>");
+    leaveOut(lt, end, part ? std::string_view("<!---->") : std::string_view());
 }
 
 void Guard::keepTag()
@@ -643,7 +683,13 @@ Tag Guard::scanTag(std::size_t i, bool endTag)
     tag.htmlName = known ? tag.name : kUnknownName;
     tag.htmlHash = known ? tag.hash : kUnknownHash;
     m_cuts.clear();
+    m_names.clear();
     unsigned seen = 0;
+    // The parser tells formatting elements apart by all their attributes
+    // (three alike at most are rebuilt), so those keep theirs, up to a
+    // number no real tag reaches.
+    const bool formatting = !endTag && (tag.info.flags & Formatting);
+    int attributeCount = 0;
     for (;;) {
         while (i < n && isSpace(p[i]))
             ++i;
@@ -696,14 +742,33 @@ Tag Guard::scanTag(std::size_t i, bool endTag)
         const int kept = endTag ? -1 : keptAttribute(attrName);
         if (kept >= 0 && isFontBreakoutAttribute(kept))
             tag.fontBreakout = true;
-        if (kept >= 0 && !(seen & (1u << kept))) {
+        if (kept == kEncoding && !(seen & (1u << kEncoding)))
+            tag.htmlEncoding = sameName(value, "text/html") || sameName(value, "application/xhtml+xml");
+        if (formatting) {
+            // A repeated name goes, as the parser drops it (the parser, told
+            // to keep no errors, would run it into the next name).
+            if (++attributeCount > kFormattingAttributes || repeatsName(attrStart, attrName)) {
+                m_cuts.emplace_back(attrStart, attrEnd);
+            } else {
+                // A sum, as the parser compares attributes in any order.
+                tag.attributes += nameHash(attrName) * 3 + valueHash(value);
+            }
+        } else if (kept >= 0 && !(seen & (1u << kept))) {
             seen |= 1u << kept;
-            // A sum, as the parser compares attributes in any order.
-            tag.attributes += (std::uint64_t(kept) + 1) * valueHash(value);
         } else {
             m_cuts.emplace_back(attrStart, attrEnd);
         }
     }
+}
+
+bool Guard::repeatsName(std::size_t at, std::string_view name)
+{
+    for (const auto &[start, attributeName] : m_names) {
+        if (start < at && sameName(attributeName, name))
+            return true;
+    }
+    m_names.emplace_back(at, name);
+    return false;
 }
 
 std::size_t Guard::commentEnd(std::size_t from) const
@@ -864,15 +929,17 @@ Guard::After Guard::startTag(const Tag &tag, std::size_t lt)
     // In a math text element, mglyph and malignmark stay math.
     const bool mathGlyph = current && current->ns == Namespace::Math && (current->info.flags & Integration)
         && (sameName(tag.name, "mglyph") || sameName(tag.name, "malignmark"));
-    if (m_outline.inForeignContent() || mathGlyph) {
+    // An svg in annotation-xml is svg, not math.
+    const bool svgInAnnotation = info.id == Id::Svg && current && current->ns == Namespace::Math
+        && sameName(current->name, "annotation-xml");
+    if ((m_outline.inForeignContent() || mathGlyph) && !svgInAnnotation) {
         if (!mathGlyph && ((info.flags & Breakout) || (info.id == Id::Font && tag.fontBreakout))) {
             m_outline.popTo(m_outline.top(CatHtml) + 1);
         } else {
             if (tag.selfClosing) {
                 keepTag();
             } else {
-                const TagInfo foreignInfo{Id::Other, isIntegrationPoint(tag.name, current->ns) ? std::uint32_t(Integration) : 0u};
-                openElement(tag, foreignInfo, current->ns, lt);
+                openElement(tag, foreignTag(tag.name, current->ns, tag.htmlEncoding), current->ns, lt);
             }
             return After::Next;
         }
@@ -913,14 +980,21 @@ Guard::After Guard::startTag(const Tag &tag, std::size_t lt)
         }
     }
     const std::uint32_t f = info.flags;
+    // The parser makes a form, rules and a line of text of its own for each
+    // isindex: beyond a few hundred a page is only making work.
+    if (info.id == Id::Isindex && ++m_isindexes > kMaxIsindexes) {
+        leaveOutTag(lt, tag.end);
+        m_result.tagsLeftOut = true;
+        return After::Next;
+    }
     if ((f & NoPush) || ((info.id == Id::Svg || info.id == Id::Math) && tag.selfClosing)) {
         if (!(f & NoPush))
-            m_outline.rebuild();
+            rebuild(lt);
         keepTag();
         return After::Next;
     }
     if (info.id == Id::Svg || info.id == Id::Math) {
-        m_outline.rebuild();
+        rebuild(lt);
         const Namespace ns = info.id == Id::Svg ? Namespace::Svg : Namespace::Math;
         openElement(tag, {info.id, 0}, ns, lt);
         return After::Next;
@@ -939,7 +1013,7 @@ Guard::After Guard::startTag(const Tag &tag, std::size_t lt)
         closeP();
     if (f & (Void | RawText) || info.id == Id::Plaintext) {
         if (!(f & NoRebuild))
-            m_outline.rebuild();
+            rebuild(lt);
         keepTag();
         return (f & RawText) ? After::RawText : info.id == Id::Plaintext ? After::Stop : After::Next;
     }
@@ -991,7 +1065,7 @@ Guard::After Guard::startTag(const Tag &tag, std::size_t lt)
     } else if (info.id == Id::A || info.id == Id::Nobr) {
         // A new link ends the open one.
         if (info.id == Id::Nobr)
-            m_outline.rebuild();
+            rebuild(lt);
         const int listed = m_outline.listed(tag.name, tag.hash);
         if (listed >= 0)
             endFormatting(listed);
@@ -1002,7 +1076,7 @@ Guard::After Guard::startTag(const Tag &tag, std::size_t lt)
         }
     }
     if (!(f & NoRebuild))
-        m_outline.rebuild();
+        rebuild(lt);
     openElement(tag, info, Namespace::Html, lt);
     return After::Next;
 }
@@ -1073,7 +1147,7 @@ void Guard::endTag(const Tag &tag, std::size_t lt)
             m_outline.popTo(open);
         break;
     case Id::Br: // read as <br>
-        m_outline.rebuild();
+        rebuild(lt);
         break;
     case Id::Form: // the form leaves the stack from wherever it is; the outline keeps it
         break;
@@ -1094,6 +1168,31 @@ void Guard::endTag(const Tag &tag, std::size_t lt)
     }
 }
 
+void Guard::rebuild(std::size_t at)
+{
+    const std::size_t first = m_outline.rebuildFrom();
+    const std::size_t count = m_outline.listSize() - first;
+    if (count == 0)
+        return;
+    if (m_rebuilt + count <= m_rebuildBudget) {
+        m_rebuilt += count;
+        m_outline.rebuild();
+        return;
+    }
+    // Past its budget a page has the parser forget them instead: an end tag
+    // for an element closed by a block only takes it off the list. The last
+    // first, so each end tag finds the one meant.
+    std::string ends;
+    for (std::size_t i = m_outline.listSize(); i-- > first;) {
+        ends += "</";
+        ends += m_outline.listedEntry(int(i)).name;
+        ends += '>';
+        m_outline.unlist(int(i));
+    }
+    leaveOut(at, at, ends);
+    m_result.tagsLeftOut = true;
+}
+
 void Guard::textBefore(std::size_t from, std::size_t to)
 {
     // Text rebuilds the formatting elements closed by a block, except in
@@ -1105,7 +1204,7 @@ void Guard::textBefore(std::size_t from, std::size_t to)
         && (current->info.id == Id::Table || current->info.id == Id::Tr || (current->info.flags & Section));
     if (inTable && std::all_of(m_page.begin() + std::ptrdiff_t(from), m_page.begin() + std::ptrdiff_t(to), isSpace))
         return;
-    m_outline.rebuild();
+    rebuild(from);
 }
 
 MarkupGuardResult Guard::run()

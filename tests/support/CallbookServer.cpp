@@ -4,7 +4,11 @@
 #include <QBuffer>
 #include <QImage>
 #include <QImageWriter>
+#include <QFile>
 #include <QPointer>
+#include <QSslConfiguration>
+#include <QSslKey>
+#include <QSslSocket>
 #include <QTcpSocket>
 #include <QTimer>
 
@@ -64,7 +68,20 @@ QByteArray gifBytes(QSize size, int frames)
     return gif;
 }
 
+QByteArray tlsFile(const char *name)
+{
+    QFile f(QStringLiteral(MARVIK_TEST_DATA "/tls/") + QLatin1String(name));
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
 } // namespace
+
+void CallbookServer::trustCertificate()
+{
+    QSslConfiguration conf = QSslConfiguration::defaultConfiguration();
+    conf.addCaCertificates(QSslCertificate::fromData(tlsFile("localhost.pem")));
+    QSslConfiguration::setDefaultConfiguration(conf);
+}
 
 QByteArray CallbookServer::picture(const char *format, QSize size, int frames)
 {
@@ -80,8 +97,9 @@ QByteArray CallbookServer::picture(const char *format, QSize size, int frames)
 }
 
 
-CallbookServer::CallbookServer(QObject *parent)
+CallbookServer::CallbookServer(QObject *parent, Transport transport)
     : QTcpServer(parent)
+    , m_transport(transport)
 {
     listen(QHostAddress::LocalHost, 0);
     connect(this, &QTcpServer::newConnection, this, [this] {
@@ -92,9 +110,29 @@ CallbookServer::CallbookServer(QObject *parent)
     });
 }
 
+void CallbookServer::incomingConnection(qintptr descriptor)
+{
+    if (m_transport == Transport::Plain) {
+        QTcpServer::incomingConnection(descriptor);
+        return;
+    }
+    auto *socket = new QSslSocket(this);
+    if (!socket->setSocketDescriptor(descriptor)) {
+        delete socket;
+        return;
+    }
+    QSslConfiguration conf = QSslConfiguration::defaultConfiguration();
+    conf.setLocalCertificate(QSslCertificate(tlsFile("localhost.pem")));
+    conf.setPrivateKey(QSslKey(tlsFile("localhost.key"), QSsl::Rsa));
+    conf.setPeerVerifyMode(QSslSocket::VerifyNone);
+    socket->setSslConfiguration(conf);
+    addPendingConnection(socket);
+    socket->startServerEncryption();
+}
+
 QString CallbookServer::base() const
 {
-    return QStringLiteral("http://127.0.0.1:%1").arg(serverPort());
+    return QStringLiteral("%1://127.0.0.1:%2").arg(m_transport == Transport::Tls ? u"https" : u"http").arg(serverPort());
 }
 
 marvik::lookup::SourceSettings CallbookServer::sourceSettings() const
@@ -172,12 +210,34 @@ void CallbookServer::serve(QTcpSocket *socket)
         response += "Content-Length: " + QByteArray::number(a.body.size()) + "\r\n";
     for (const auto &[name, value] : a.headers)
         response += name + ": " + value + "\r\n";
-    response += "\r\n" + a.body;
+    response += "\r\n";
     QPointer<QTcpSocket> guard(socket);
-    QTimer::singleShot(a.delayMs, this, [guard, response] {
+    connect(socket, &QTcpSocket::disconnected, this, [this, target] { emit answered(target); });
+    const QByteArray body = a.body;
+    const int trickleMs = a.trickleMs;
+    QTimer::singleShot(a.delayMs, this, [this, guard, response, body, trickleMs] {
         if (!guard)
             return;
-        guard->write(response);
+        if (trickleMs > 0) {
+            guard->write(response);
+            trickle(guard, body, trickleMs);
+            return;
+        }
+        guard->write(response + body);
         guard->disconnectFromHost();
+    });
+}
+
+void CallbookServer::trickle(QTcpSocket *socket, const QByteArray &rest, int intervalMs)
+{
+    if (rest.isEmpty()) {
+        socket->disconnectFromHost();
+        return;
+    }
+    socket->write(rest.left(1));
+    QPointer<QTcpSocket> guard(socket);
+    QTimer::singleShot(intervalMs, this, [this, guard, rest, intervalMs] {
+        if (guard && guard->state() == QAbstractSocket::ConnectedState)
+            trickle(guard, rest.mid(1), intervalMs);
     });
 }

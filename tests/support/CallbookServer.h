@@ -16,8 +16,10 @@
 
 /// A small HTTP/1.1 server on 127.0.0.1 that plays the callbooks and the
 /// picture host for the tests: fixed answers per request target, answered
-/// in order when a target has several, with delays, dropped connections and
-/// missing lengths on demand.
+/// in order when a target has several, with delays, dropped connections,
+/// missing lengths and trickling bodies on demand; over TLS when asked
+/// (a self-signed certificate for 127.0.0.1 that trustCertificate() makes
+/// this process accept).
 class CallbookServer : public QTcpServer
 {
     Q_OBJECT
@@ -31,6 +33,7 @@ public:
         int delayMs = 0;
         bool drop = false;     ///< close the connection without answering
         bool noLength = false; ///< no Content-Length: the body ends with the connection
+        int trickleMs = 0;     ///< send the body a byte at a time, this far apart
         QList<QPair<QByteArray, QByteArray>> headers;
     };
 
@@ -46,13 +49,20 @@ public:
     /// Decides the answer to a request; nothing: the fixed answers decide.
     using Handler = std::function<std::optional<Answer>(const Request &)>;
 
-    explicit CallbookServer(QObject *parent = nullptr);
+
+    enum class Transport { Plain, Tls };
+
+    explicit CallbookServer(QObject *parent = nullptr, Transport transport = Transport::Plain);
+
+    /// Makes this process's network requests accept the TLS server's
+    /// certificate.
+    static void trustCertificate();
 
     /// The file bytes of a plain blue picture in `format` ("jpeg", "png",
     /// "bmp", "gif"); a GIF of several `frames` is animated.
     static QByteArray picture(const char *format, QSize size = QSize(200, 100), int frames = 1);
 
-    /// http://127.0.0.1:<port>
+    /// http://127.0.0.1:<port> (https with TLS)
     QString base() const;
     /// Every callbook, the picture host ("/pics/") and both map views on this server.
     marvik::lookup::SourceSettings sourceSettings() const;
@@ -73,8 +83,18 @@ public:
     QList<QByteArray> cookies() const { return m_cookies; }
     int hits(const QString &target) const { return int(m_requests.count(target)); }
 
+signals:
+    /// The whole answer for `target` has gone out.
+    void answered(const QString &target);
+
+protected:
+    void incomingConnection(qintptr descriptor) override;
+
 private:
     void serve(QTcpSocket *socket);
+    void trickle(QTcpSocket *socket, const QByteArray &rest, int intervalMs);
+
+    Transport m_transport;
 
     Handler m_handler;
     QList<Request> m_fullRequests;

@@ -9,6 +9,7 @@
 #include "core/lists/ListEditing.h"
 #include "core/lists/ListFile.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <QtConcurrent/QtConcurrentRun>
 
@@ -78,7 +79,12 @@ CallListModel *ListStore::model(int list) const
 
 int ListStore::rowCount(int list) const
 {
-    return list >= 1 && list <= kListCount ? m_models[std::size_t(list - 1)]->rowCount() : 0;
+    if (list < 1 || list > kListCount)
+        return 0;
+    const std::size_t i = std::size_t(list - 1);
+    // While its file is read, a list counts the file's lines: the chooser
+    // shows every list's size from the first paint on.
+    return m_reading[i].isValid() && m_pendingRows[i] >= 0 ? m_pendingRows[i] : m_models[i]->rowCount();
 }
 
 QString ListStore::chooserLine(int list) const
@@ -101,6 +107,12 @@ void ListStore::startReading(int list, bool sortAfter)
         m_reading[i].waitForFinished(); // the newer read wins; the older one is dropped
     m_sortAfter[i] = sortAfter;
     const QString path = m_data.listFile(list);
+    {
+        // Mapped, not read: counting the lines of a large list costs no copy.
+        QFile file(path);
+        const uchar *bytes = file.open(QIODevice::ReadOnly) && file.size() > 0 ? file.map(0, file.size()) : nullptr;
+        m_pendingRows[i] = bytes ? int(app::countLines(QByteArrayView(bytes, file.size()))) : 0;
+    }
     const LoadContext ctx = loadContext();
     m_reading[i] = QtConcurrent::run([path, ctx] { return readOnWorker(path, ctx); });
     // Adopted on the window's thread when done, unless someone needed it

@@ -142,6 +142,9 @@ private:
     /// dropped when it ends.
     std::array<quint64, kListCount> m_readCount{};
     std::array<bool, kListCount> m_sortAfter{};
+    /// The lines of each list file being read (what the chooser counts
+    /// until the list is adopted).
+    std::array<int, kListCount> m_pendingRows{};
     std::array<bool, kListCount> m_guarded{};
     std::array<bool, kListCount> m_refusalTold{};
     QSet<QString> m_reportedDamage;

@@ -3,12 +3,14 @@
 
 #include "core/app/Log.h"
 #include "core/app/TextCodec.h"
+#include "core/lookup/MarkupGuard.h"
 
 #include <QStringDecoder>
 
 #include <gumbo.h>
 
 #include <algorithm>
+#include <csetjmp>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -190,12 +192,46 @@ QByteArray settleLabel(const QByteArray &label, bool fromMeta)
 // ---------------------------------------------------------------------------
 // Parsing and rendered text
 
-/// A bump allocator for gumbo: the whole tree is released at once, so no
-/// node is ever freed one by one. gumbo frees its trees recursively, which a
-/// page of a hundred thousand nested tags would turn into a stack overflow.
+/// What the parser may allocate for a page: above what the densest markup
+/// needs (a few hundred bytes per element, an element and a text in every
+/// four bytes: about 100 bytes per byte of page), and a floor for small
+/// pages.
+constexpr std::size_t kArenaFloor = 64 * 1024 * 1024;
+constexpr std::size_t kArenaPerByte = 128;
+
+PageTextError limitReached(const DecodeLimits &limits)
+{
+    if (limits.cancelled && limits.cancelled->load(std::memory_order_relaxed))
+        return PageTextError::Cancelled;
+    if (limits.deadline.hasExpired())
+        return PageTextError::OutOfTime;
+    return PageTextError::None;
+}
+
+/// A bump allocator for gumbo with a budget: the whole tree is released at
+/// once, so no node is ever freed one by one (gumbo frees its trees
+/// recursively, which deep nesting would turn into a stack overflow). The
+/// budget is in proportion to the page: markup that makes the parser build
+/// far more than the page holds (formatting elements reopened in every
+/// paragraph, say) is not a callbook page. The same hook stops a parse whose
+/// deadline has passed or that its caller no longer wants, since gumbo itself
+/// cannot be asked to stop: the allocator jumps out of it, and everything it
+/// had is in the arena.
 class Arena
 {
 public:
+    Arena(std::size_t budget, const DecodeLimits &limits)
+        : m_budget(budget)
+        , m_limits(limits)
+    {
+        // No allocation of ours may fail inside gumbo: room for every block
+        // the budget allows is taken up front.
+        m_blocks.reserve(budget / (kBlockSize / 4) + 16);
+    }
+
+    Arena(const Arena &) = delete;
+    Arena &operator=(const Arena &) = delete;
+
     ~Arena()
     {
         for (void *block : m_blocks)
@@ -205,6 +241,16 @@ public:
     void *allocate(std::size_t size)
     {
         size = (size + 15) & ~std::size_t(15);
+        m_used += size;
+        if (m_used > m_budget)
+            stop(PageTextError::TooComplex);
+        // A clock read per thousand allocations costs nothing measurable
+        // and still stops within a fraction of a millisecond.
+        if ((++m_calls & 1023) == 0) {
+            const PageTextError error = limitReached(m_limits);
+            if (error != PageTextError::None)
+                stop(error);
+        }
         if (size > kBlockSize / 4)
             return newBlock(size);
         if (m_left < size) {
@@ -217,154 +263,49 @@ public:
         return result;
     }
 
+    /// Parses with gumbo; null when the arena stopped the parse (error()
+    /// says why). Nothing here may own anything that needs destroying: the
+    /// jump skips it.
+    GumboOutput *parse(const GumboOptions &options, const char *data, std::size_t size)
+    {
+        if (setjmp(m_jump) != 0)
+            return nullptr;
+        return gumbo_parse_with_options(&options, data, size);
+    }
+
+    PageTextError error() const { return m_error; }
+
     static void *gumboAllocate(void *self, std::size_t size) { return static_cast<Arena *>(self)->allocate(size); }
     static void gumboFree(void *, void *) {}
 
 private:
     static constexpr std::size_t kBlockSize = 256 * 1024;
 
+    [[noreturn]] void stop(PageTextError error)
+    {
+        m_error = error;
+        std::longjmp(m_jump, 1);
+    }
+
     void *newBlock(std::size_t size)
     {
         void *block = std::malloc(size);
         if (!block)
-            throw std::bad_alloc();
+            stop(PageTextError::TooComplex);
         m_blocks.push_back(block);
         return block;
     }
 
+    std::jmp_buf m_jump{};
+    std::size_t m_budget;
+    std::size_t m_used = 0;
+    unsigned m_calls = 0;
+    const DecodeLimits &m_limits;
+    PageTextError m_error = PageTextError::None;
     std::vector<void *> m_blocks;
     char *m_next = nullptr;
     std::size_t m_left = 0;
 };
-
-// ---------------------------------------------------------------------------
-// Nesting guard
-
-/// Deeper than this, start tags are left out before parsing, as browsers
-/// stop nesting at a fixed depth too. gumbo walks its whole stack of open
-/// elements for many tags, so a page of a hundred thousand unclosed tags
-/// would take minutes; no callbook page comes near this depth.
-constexpr std::size_t kMaxNesting = 512;
-
-bool isAsciiLetter(char c)
-{
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
-
-bool nameIn(std::string_view name, std::initializer_list<std::string_view> names)
-{
-    return std::any_of(names.begin(), names.end(), [&](std::string_view n) { return equalsLower(name, n); });
-}
-
-/// Tags that never hold others open: void elements, and those the parser
-/// closes by itself when a sibling starts.
-bool opensNothing(std::string_view name)
-{
-    return nameIn(name, {"area", "base", "br", "col", "embed", "hr", "img", "input", "link", "meta", "param",
-                         "source", "track", "wbr", "keygen", "p", "li", "dt", "dd", "option", "optgroup", "tr",
-                         "td", "th", "tbody", "thead", "tfoot", "colgroup", "rb", "rt", "rtc", "rp", "html",
-                         "head", "body", "frame", "image"});
-}
-
-/// Elements whose content is text up to their own end tag.
-bool isRawText(std::string_view name)
-{
-    return nameIn(name, {"script", "style", "textarea", "title", "xmp", "iframe", "noembed", "noframes"});
-}
-
-/// Walks the tags of a page as a rough tokenizer would and, when `out` is
-/// given, copies the page leaving out the start tags that would open more
-/// than kMaxNesting elements, with their end tags. Returns the deepest
-/// nesting seen.
-std::size_t scanNesting(std::string_view page, std::string *out)
-{
-    std::vector<bool> open; // per open tag: left out?
-    std::size_t deepest = 0;
-    std::size_t i = 0;
-    const std::size_t n = page.size();
-    std::size_t copied = 0; // page[copied, i) is still to be copied
-    auto skip = [&](std::size_t from, std::size_t to) {
-        if (out) {
-            out->append(page.substr(copied, from - copied));
-            copied = to;
-        }
-    };
-    while (i < n) {
-        const std::size_t lt = page.find('<', i);
-        if (lt == std::string_view::npos || lt + 1 >= n)
-            break;
-        i = lt + 1;
-        if (page.compare(i, 3, "!--") == 0) {
-            const std::size_t end = page.find("-->", i + 3);
-            i = end == std::string_view::npos ? n : end + 3;
-            continue;
-        }
-        const bool endTag = page[i] == '/';
-        if (endTag)
-            ++i;
-        if (i >= n || !isAsciiLetter(page[i])) {
-            if (i < n && (page[i] == '!' || page[i] == '?')) {
-                const std::size_t end = page.find('>', i);
-                i = end == std::string_view::npos ? n : end + 1;
-            }
-            continue;
-        }
-        const std::size_t nameStart = i;
-        while (i < n && !isSpaceByte(page[i]) && page[i] != '/' && page[i] != '>')
-            ++i;
-        const std::string_view name = page.substr(nameStart, i - nameStart);
-        // The rest of the tag; a quoted attribute value may hold '>'.
-        char quote = 0;
-        char previous = 0;
-        while (i < n && (quote || page[i] != '>')) {
-            const char c = page[i];
-            if (quote) {
-                if (c == quote)
-                    quote = 0;
-            } else if ((c == '"' || c == '\'') && previous == '=') {
-                quote = c;
-            }
-            if (!isSpaceByte(c))
-                previous = c;
-            ++i;
-        }
-        const bool selfClosing = previous == '/';
-        const std::size_t tagEnd = std::min(i + 1, n);
-        i = tagEnd;
-        if (endTag) {
-            if (!opensNothing(name) && !open.empty()) {
-                if (open.back())
-                    skip(lt, tagEnd);
-                open.pop_back();
-            }
-            continue;
-        }
-        if (equalsLower(name, "plaintext"))
-            break;
-        if (isRawText(name)) {
-            // Find the element's own end tag, whatever the case.
-            std::size_t at = i;
-            for (;;) {
-                at = page.find("</", at);
-                if (at == std::string_view::npos || equalsLower(page.substr(at + 2, name.size()), name))
-                    break;
-                at += 2;
-            }
-            i = at == std::string_view::npos ? n : at;
-            continue;
-        }
-        if (opensNothing(name) || selfClosing)
-            continue;
-        const bool leftOut = open.size() >= kMaxNesting;
-        if (leftOut)
-            skip(lt, tagEnd);
-        open.push_back(leftOut);
-        deepest = std::max(deepest, open.size());
-    }
-    if (out)
-        out->append(page.substr(std::min(copied, n)));
-    return deepest;
-}
 
 enum class Display { None, Inline, Block, ListItem, Table, Caption, RowGroup, Row, Cell };
 
@@ -757,9 +698,10 @@ bool isOptionTag(const GumboNode *node)
 
 /// Walks the tree without recursion: gumbo builds trees as deep as the page
 /// nests its tags, and a hostile page may nest them a million deep.
-std::string renderedText(const GumboNode *body)
+std::string renderedText(const GumboNode *body, const DecodeLimits &limits, PageTextError &error)
 {
     TextCollector out;
+    unsigned steps = 0;
     std::vector<Frame> stack;
     stack.reserve(64);
 
@@ -838,6 +780,11 @@ std::string renderedText(const GumboNode *body)
 
     push(body, Display::Block);
     while (!stack.empty()) {
+        if ((++steps & 4095) == 0) {
+            error = limitReached(limits);
+            if (error != PageTextError::None)
+                return {};
+        }
         Frame &frame = stack.back();
         const GumboVector &children = childrenOf(frame.node);
         if (frame.next >= children.length) {
@@ -927,33 +874,56 @@ QString decodePage(QByteArrayView bytes, QByteArrayView contentType)
     return decoder.decode(bytes);
 }
 
-QString htmlDecode(QStringView html)
+DecodedPage htmlDecode(QStringView html, const DecodeLimits &limits)
 {
+    DecodedPage result;
     if (html.isEmpty())
-        return {};
+        return result;
     QByteArray utf8 = html.toUtf8();
-    const std::string_view page(utf8.constData(), std::size_t(utf8.size()));
-    if (scanNesting(page, nullptr) > kMaxNesting) {
-        std::string flatter;
-        flatter.reserve(page.size());
-        scanNesting(page, &flatter);
-        utf8 = QByteArray(flatter.data(), qsizetype(flatter.size()));
+    if (limits.guardMarkup) {
+        std::string guarded;
+        const MarkupGuardResult guard = guardMarkup(std::string_view(utf8.constData(), std::size_t(utf8.size())), guarded,
+                                                    [&] { return limitReached(limits) != PageTextError::None; });
+        if (guard.changed && !guard.stopped)
+            utf8 = QByteArray(guarded.data(), qsizetype(guarded.size()));
     }
-    Arena arena;
+    result.error = limitReached(limits);
+    if (result.error != PageTextError::None)
+        return result;
+    Arena arena(kArenaFloor + kArenaPerByte * std::size_t(utf8.size()), limits);
     GumboOptions options = kGumboDefaultOptions;
     options.allocator = &Arena::gumboAllocate;
     options.deallocator = &Arena::gumboFree;
     options.userdata = &arena;
-    options.max_errors = 0; // we never look at the parse errors
-    GumboOutput *output = gumbo_parse_with_options(&options, utf8.constData(), std::size_t(utf8.size()));
-    if (!output)
-        return {};
+    // We never look at the parse errors, but gumbo 0.10 told to keep none
+    // runs the name of an attribute after a duplicate into the next one's
+    // ("class=a class=b style" gives "classstyle"); the guard leaves no
+    // duplicates, and an unguarded parse keeps the errors to read them right.
+    options.max_errors = limits.guardMarkup ? 0 : -1;
+    const GumboOutput *output = arena.parse(options, utf8.constData(), std::size_t(utf8.size()));
+    if (!output) {
+        result.error = arena.error();
+        qCDebug(lcLookup) << "page of" << utf8.size() << "bytes not read:" << int(result.error);
+        return result;
+    }
     const GumboNode *body = findBody(output->root);
     if (!body)
-        return {};
-    const std::string text = renderedText(body);
+        return result;
+    const std::string text = renderedText(body, limits, result.error);
     // The arena releases the whole tree; gumbo_destroy_output is not called.
-    return QString::fromUtf8(text.data(), qsizetype(text.size()));
+    if (result.error == PageTextError::None)
+        result.text = QString::fromUtf8(text.data(), qsizetype(text.size()));
+    return result;
+}
+
+QString htmlDecode(QStringView html)
+{
+    return htmlDecode(html, DecodeLimits()).text;
+}
+
+DecodedPage decodePageText(QByteArrayView bytes, QByteArrayView contentType, const DecodeLimits &limits)
+{
+    return htmlDecode(decodePage(bytes, contentType), limits);
 }
 
 } // namespace marvik::lookup

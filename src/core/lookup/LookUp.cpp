@@ -2,8 +2,8 @@
 #include "core/lookup/LookUp.h"
 
 #include "core/app/Callsign.h"
-#include "core/lookup/HtmlText.h"
 #include "core/lookup/NamedDownloads.h"
+#include "core/lookup/PageDecoder.h"
 #include "core/app/Log.h"
 
 #include <QUrl>
@@ -12,21 +12,39 @@ namespace marvik::lookup {
 
 namespace {
 
+/// Kinds whose bytes are a page to be read: site, call page, update check,
+/// position.
+bool isPageKind(QChar kind)
+{
+    return kind == u'1' || kind == u'2' || kind == u'3' || kind == u'4';
+}
+
 } // namespace
 
 LookUp::LookUp(QNetworkAccessManager *network, const SourceSettings &settings, const QString &ownCallsign,
                QObject *parent)
     : QObject(parent)
     , m_downloads(new NamedDownloads(network, this))
+    , m_decoder(new PageDecoder(this))
+    , m_pageDeadline(kDefaultPageDeadlineMs)
+    , m_pictureDeadline(kDefaultPictureDeadlineMs)
     , m_settings(settings)
     , m_ownCallsign(ownCallsign)
 {
     m_reader.setQrzCqDomain(settings.domain(Source::QrzCq));
-    connect(m_downloads, &NamedDownloads::finished, this, &LookUp::onFinished);
-    connect(m_downloads, &NamedDownloads::failed, this, &LookUp::requestFailed);
+    connect(m_downloads, &NamedDownloads::finished, this, &LookUp::onDownloaded);
+    connect(m_downloads, &NamedDownloads::failed, this, &LookUp::onDownloadFailed);
+    connect(m_decoder, &PageDecoder::decoded, this, [this](quint64 job, const QString &text) { onPageRead(job, text, {}); });
+    connect(m_decoder, &PageDecoder::failed, this, [this](quint64 job, const QString &reason) { onPageRead(job, {}, reason); });
 }
 
-LookUp::~LookUp() = default;
+LookUp::~LookUp()
+{
+    // Before the members the handlers use: neither reports anything on the
+    // way out, and the decoder waits for its threads.
+    delete m_downloads;
+    delete m_decoder;
+}
 
 void LookUp::setDataBase(int dataBase)
 {
@@ -45,19 +63,43 @@ void LookUp::setTransferTimeout(int milliseconds)
     m_downloads->setTransferTimeout(milliseconds);
 }
 
-QStringList LookUp::pendingRequests() const
+void LookUp::setDeadlines(int pageMs, int pictureMs)
 {
-    return m_downloads->pendingNames();
+    m_pageDeadline = pageMs;
+    m_pictureDeadline = pictureMs;
 }
 
-void LookUp::request(const QString &name, const QString &address, qint64 sizeLimit)
+void LookUp::setDecodeDeadline(int milliseconds)
+{
+    m_decoder->setDeadline(milliseconds);
+}
+
+QStringList LookUp::pendingRequests() const
+{
+    return m_pending;
+}
+
+void LookUp::request(const QString &name, const QString &address, qint64 sizeLimit, int deadlineMs)
 {
     const QUrl url(address, QUrl::TolerantMode);
     if (!url.isValid() || (url.scheme() != u"http" && url.scheme() != u"https")) {
         qCWarning(lcLookup) << "not a web address, nothing requested:" << address;
         return;
     }
-    m_downloads->start(name, url, sizeLimit);
+    // Only the newest answer for a name arrives: an earlier one still being
+    // read, or waiting for its turn, goes unseen.
+    for (qsizetype i = m_arrivals.size(); i-- > 0;) {
+        if (m_arrivals.at(i).name == name) {
+            m_decoder->cancel(m_arrivals.at(i).job);
+            m_arrivals.removeAt(i);
+        }
+    }
+    m_downloads->start(name, url, sizeLimit, QNetworkRequest::AlwaysNetwork, deadlineMs);
+    if (!m_pending.contains(name))
+        m_pending.append(name);
+    // Arrivals behind a dropped one may have their turn now, though not
+    // before this call returns: events never come from inside a request.
+    QMetaObject::invokeMethod(this, &LookUp::deliver, Qt::QueuedConnection);
 }
 
 QString LookUp::callPageAddress(Source source, const QString &callSign) const
@@ -74,7 +116,7 @@ void LookUp::GetSite()
     if (!source)
         return;
     request(requestLabel(m_settings, *source) + u'1', m_settings.host(*source) + sourceInfo(*source).sitePath,
-            kPageSizeLimit);
+            kPageSizeLimit, m_pageDeadline);
 }
 
 void LookUp::GetPage(const QString &callSign)
@@ -84,7 +126,7 @@ void LookUp::GetPage(const QString &callSign)
     const std::optional<Source> source = onlineSourceFromDataBase(m_dataBase);
     if (!source)
         return;
-    request(callSign, callPageAddress(*source, m_callSign), kPageSizeLimit);
+    request(callSign, callPageAddress(*source, m_callSign), kPageSizeLimit, m_pageDeadline);
 }
 
 void LookUp::GetLatLon(const QString &callSign)
@@ -94,19 +136,19 @@ void LookUp::GetLatLon(const QString &callSign)
     if (!source)
         return;
     const QString call = callSign.chopped(callSign.isEmpty() ? 0 : 1).toUpper();
-    request(QStringLiteral("LatLon4"), callPageAddress(*source, call), kPageSizeLimit);
+    request(QStringLiteral("LatLon4"), callPageAddress(*source, call), kPageSizeLimit, m_pageDeadline);
 }
 
 void LookUp::GetPicture(const QString &url, const QString &name)
 {
-    request(name, url, kPictureSizeLimit);
+    request(name, url, kPictureSizeLimit, m_pictureDeadline);
 }
 
 void LookUp::CheckUpdates()
 {
     if (m_settings.updatesUrl().isEmpty())
         return;
-    request(QStringLiteral("Updates3"), m_settings.updatesUrl(), kPageSizeLimit);
+    request(QStringLiteral("Updates3"), m_settings.updatesUrl(), kPageSizeLimit, m_pageDeadline);
 }
 
 bool LookUp::loggedIn() const
@@ -125,16 +167,69 @@ bool LookUp::loggedIn() const
     }
 }
 
-void LookUp::onFinished(const QString &name, const QByteArray &bytes, const QByteArray &contentType)
+void LookUp::onDownloaded(const QString &name, const QByteArray &bytes, const QByteArray &contentType)
 {
-    m_bytes = bytes;
+    Arrival arrival;
+    arrival.name = name;
+    arrival.completed = true;
+    arrival.bytes = bytes;
+    if (!name.isEmpty() && isPageKind(name.back()))
+        arrival.job = m_decoder->decode(bytes, contentType);
+    else
+        arrival.ready = true;
+    m_arrivals.append(arrival);
+    deliver();
+}
+
+void LookUp::onDownloadFailed(const QString &name, const QString &reason)
+{
+    Arrival arrival;
+    arrival.name = name;
+    arrival.ready = true;
+    arrival.failure = reason;
+    m_arrivals.append(arrival);
+    deliver();
+}
+
+void LookUp::onPageRead(quint64 job, const QString &text, const QString &failure)
+{
+    for (Arrival &arrival : m_arrivals) {
+        if (arrival.job == job) {
+            arrival.ready = true;
+            arrival.text = text;
+            arrival.failure = failure;
+            break;
+        }
+    }
+    deliver();
+}
+
+void LookUp::deliver()
+{
+    // Taken off the list before its events, so a handler may request the
+    // same name again, or the next arrivals may go out from a nested event
+    // loop, without upsetting the order.
+    while (!m_arrivals.isEmpty() && m_arrivals.first().ready)
+        raise(m_arrivals.takeFirst());
+}
+
+void LookUp::raise(const Arrival &arrival)
+{
+    const QString &name = arrival.name;
+    m_pending.removeOne(name);
+    if (arrival.completed)
+        m_bytes = arrival.bytes;
+    if (!arrival.failure.isEmpty()) {
+        emit requestFailed(name, arrival.failure);
+        return;
+    }
     if (name.isEmpty())
         return;
     const QChar kind = name.back();
     const QString subject = name.chopped(1);
     try {
         if (kind == u'1' || kind == u'2') {
-            m_reader.setText(htmlDecode(decodePage(bytes, contentType)));
+            m_reader.setText(arrival.text);
             if (pagetext::find(m_reader.text(), subject, 1) > 0) {
                 const bool in = loggedIn();
                 if (kind == u'1')
@@ -147,10 +242,10 @@ void LookUp::onFinished(const QString &name, const QByteArray &bytes, const QByt
                 emit PageNotFound(subject);
             }
         } else if (kind == u'3') {
-            m_reader.setText(htmlDecode(decodePage(bytes, contentType)));
+            m_reader.setText(arrival.text);
             emit UpdateFound(m_reader.text());
         } else if (kind == u'4') {
-            m_reader.setText(htmlDecode(decodePage(bytes, contentType)));
+            m_reader.setText(arrival.text);
             m_lastLatitude = m_reader.latitude();
             m_lastLongitude = m_reader.longitude();
             if (m_lastLatitude != 0)

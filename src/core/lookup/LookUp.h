@@ -5,14 +5,17 @@
 #include "core/lookup/SourceSettings.h"
 
 #include <QByteArray>
+#include <QList>
 #include <QObject>
 #include <QString>
+#include <QStringList>
 
 class QNetworkAccessManager;
 
 namespace marvik::lookup {
 
 class NamedDownloads;
+class PageDecoder;
 
 /// The lookup control: starts named page requests to the online callbooks,
 /// keeps the decoded text of the last page, tells its host by signals what
@@ -23,6 +26,13 @@ class NamedDownloads;
 /// under a pending name cancels the earlier one. A failed download raises none
 /// of the twelve events (the host guards each lookup with its own timer);
 /// requestFailed() tells it why, for hosts that want to know sooner.
+///
+/// Pages are turned into text on a thread of their own, so the host's
+/// event loop runs on while a large page is read; the events still come on
+/// this object's thread, one request at a time in the order the downloads
+/// ended. A page not read within the decode deadline ends as requestFailed()
+/// ("page too complex ..."). A request made again under its name while its
+/// page is being read drops that page unseen.
 class LookUp : public QObject
 {
     Q_OBJECT
@@ -46,6 +56,10 @@ public:
     void setCurrentSource(Source source) { m_currentSource = source; }
     Source currentSource() const { return m_currentSource; }
     void setTransferTimeout(int milliseconds);
+    /// How long a page download and a picture download may take in all.
+    void setDeadlines(int pageMs, int pictureMs);
+    /// How long turning a page into text may take.
+    void setDecodeDeadline(int milliseconds);
 
     /// The decoded text of the last page (CR LF line breaks).
     const QString &html() const { return m_reader.text(); }
@@ -113,12 +127,34 @@ signals:
     void requestFailed(const QString &name, const QString &reason);
 
 private:
-    void request(const QString &name, const QString &address, qint64 sizeLimit);
-    void onFinished(const QString &name, const QByteArray &bytes, const QByteArray &contentType);
+    /// A download that ended, waiting for its events until its page is read
+    /// and every download that ended before it has had its events.
+    struct Arrival
+    {
+        QString name;
+        quint64 job = 0; ///< the page being read, or 0
+        bool ready = false;
+        bool completed = false; ///< the download brought bytes
+        QByteArray bytes;
+        QString text;
+        QString failure; ///< why there are no events, or empty
+    };
+
+    void request(const QString &name, const QString &address, qint64 sizeLimit, int deadlineMs);
+    void onDownloaded(const QString &name, const QByteArray &bytes, const QByteArray &contentType);
+    void onDownloadFailed(const QString &name, const QString &reason);
+    void onPageRead(quint64 job, const QString &text, const QString &failure);
+    void deliver();
+    void raise(const Arrival &arrival);
     bool loggedIn() const;
     QString callPageAddress(Source source, const QString &callSign) const;
 
     NamedDownloads *m_downloads;
+    PageDecoder *m_decoder;
+    QList<Arrival> m_arrivals;
+    QStringList m_pending;
+    int m_pageDeadline;
+    int m_pictureDeadline;
     SourceSettings m_settings;
     QString m_ownCallsign;
     PageReader m_reader;

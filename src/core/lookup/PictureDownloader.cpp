@@ -11,6 +11,7 @@ namespace marvik::lookup {
 PictureDownloader::PictureDownloader(QNetworkAccessManager *network, QObject *parent)
     : QObject(parent)
     , m_downloads(new NamedDownloads(network, this))
+    , m_deadline(kDefaultPictureDeadlineMs)
 {
     connect(m_downloads, &NamedDownloads::finished, this,
             [this](const QString &name, const QByteArray &bytes, const QByteArray &) {
@@ -34,7 +35,7 @@ void PictureDownloader::DownloadFile(const QString &url, int cacheMode, const QS
     }
     constexpr int kOffline = 8;
     const auto cache = cacheMode == kOffline ? QNetworkRequest::AlwaysCache : QNetworkRequest::AlwaysNetwork;
-    m_downloads->start(name, address, kPictureSizeLimit, cache);
+    m_downloads->start(name, address, kPictureSizeLimit, cache, m_deadline);
 }
 
 QStringList PictureDownloader::pendingDownloads() const

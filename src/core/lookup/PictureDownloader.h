@@ -35,6 +35,8 @@ public:
     const QByteArray &bytes() const { return m_bytes; }
     QStringList pendingDownloads() const;
     void setTransferTimeout(int milliseconds);
+    /// How long one picture may take in all, however steadily it arrives.
+    void setDeadline(int milliseconds) { m_deadline = milliseconds; }
 
 signals:
     // The events, in the Windows control's order.
@@ -43,12 +45,14 @@ signals:
     void NoImage(); ///< declared, never raised
 
     /// Not one of the events: a download ended without a picture's bytes
-    /// (refused address, network or HTTP error, too large, time-out).
+    /// (refused address, network or HTTP error, too large, refused or too
+    /// many redirects, time-out, deadline).
     void downloadFailed(const QString &name, const QString &reason);
 
 private:
     NamedDownloads *m_downloads;
     QByteArray m_bytes;
+    int m_deadline;
 };
 
 } // namespace marvik::lookup

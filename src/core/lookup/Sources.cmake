@@ -5,7 +5,9 @@ target_sources(marvik_core PRIVATE
   lookup/HtmlText.cpp lookup/HtmlText.h
   lookup/LookUp.cpp lookup/LookUp.h
   lookup/LookupResult.cpp lookup/LookupResult.h
+  lookup/MarkupGuard.cpp lookup/MarkupGuard.h
   lookup/NamedDownloads.cpp lookup/NamedDownloads.h
+  lookup/PageDecoder.cpp lookup/PageDecoder.h
   lookup/PageReader.cpp lookup/PageReader.h
   lookup/PageText.cpp lookup/PageText.h
   lookup/PictureDownloader.cpp lookup/PictureDownloader.h

@@ -2,10 +2,13 @@
 // Page text: charset decoding and the browser's innerText rendering the
 // readers count on.
 #include "core/lookup/HtmlText.h"
+#include "core/lookup/MarkupGuard.h"
 
 #include <QElapsedTimer>
 #include <QStringDecoder>
 #include <QTest>
+
+#include <thread>
 
 using namespace marvik::lookup;
 
@@ -19,6 +22,11 @@ private slots:
     void charset_data();
     void charset();
     void deepNestingIsFlatAndQuick();
+    void guardKeepsWhatPagesShow_data();
+    void guardKeepsWhatPagesShow();
+    void hostilePagesTakeLinearTime_data();
+    void hostilePagesTakeLinearTime();
+    void limitsStopTheDecoding();
 };
 
 void TestHtmlText::innerText_data()
@@ -130,6 +138,167 @@ void TestHtmlText::deepNestingIsFlatAndQuick()
     timer.start();
     QCOMPARE(htmlDecode(html), u"deeper"_qs);
     QVERIFY2(timer.elapsed() < 20000, qPrintable(QString::number(timer.elapsed())));
+}
+
+void TestHtmlText::guardKeepsWhatPagesShow_data()
+{
+    QTest::addColumn<QString>("html");
+    QTest::addColumn<QString>("text");
+
+    // What the guard's outline of the parser must get right: markup that
+    // is text, markup that hides text, and where elements really end.
+    QTest::newRow("tags inside xmp are text") << u"<xmp><b id=1>x</b></xmp>y"_qs << u"<b id=1>x</b>\r\ny"_qs;
+    QTest::newRow("attributes in a comment") << u"a<!-- <b id=1 class=2> -->b"_qs << u"ab"_qs;
+    QTest::newRow("short comment ends at once") << u"a<!--><div hidden>h</div>b"_qs << u"ab"_qs;
+    QTest::newRow("hidden among many attributes")
+        << (u"<span "_qs + u"data-x=1 "_qs.repeated(200) + u"hidden>h</span>shown"_qs) << u"shown"_qs;
+    QTest::newRow("the first style counts") << u"<div style=\"display:none\" style=\"\">h</div>v"_qs << u"v"_qs;
+    QTest::newRow("duplicate attribute before a style")
+        << u"<div class=a class=b style=\"display:none\">h</div>v"_qs << u"v"_qs;
+    QTest::newRow("hidden formatting reopened in the next paragraph") << u"<p><b hidden>h</p>t"_qs << QString();
+    QTest::newRow("self-closing svg element holds nothing") << u"<svg><g/>a</svg><div>b</div>"_qs << u"a\r\nb"_qs;
+    QTest::newRow("div breaks out of svg") << u"<svg><g><div>a</div>b"_qs << u"a\r\nb"_qs;
+    QTest::newRow("prompt of isindex")
+        << u"<isindex prompt=\"Call?\" x=1>"_qs << u"Call?"_qs;
+    // Deep pages, where end tags that close nothing are left out: whether
+    // one closes something must be judged as the parser judges it.
+    const QString deep = u"<span>"_qs.repeated(20);
+    QTest::newRow("end tag of a formatting element rebuilt in svg")
+        << deep + u"<b><footer><i></footer><svg></i><noframes><u></noframes>;"_qs << u";"_qs;
+    QTest::newRow("template holds table parts") << u"<table><template><tbody>"_qs + deep + u"</template>W"_qs << u"W"_qs;
+    QTest::newRow("cell gets a row made up") << u"<table><th>"_qs + deep + u"</tr>b"_qs << u"b"_qs;
+    QTest::newRow("line break after pre and an end tag") << deep + u"<pre></h2>\nx</pre>"_qs << u"\r\nx"_qs;
+    QTest::newRow("end tag of a special element inside another")
+        << u"<noscript><header></noscript>"_qs + deep + u"W</header>>"_qs << u"W\r\n>"_qs;
+    QTest::newRow("unknown end tag closes any unknown element")
+        << u"<zz style=\"display:block\">"_qs + deep + u"x</qq>y"_qs << u"x\r\ny"_qs;
+    QTest::newRow("formatting elements told apart by their attributes")
+        << u"<b e==><table><td>b</td><b><b><b><b><div></b></b></b></b>s"_qs << u"b\r\ns"_qs;
+    QTest::newRow("annotation-xml holds html only when it says so")
+        << u"<math><annotation-xml><noframes><dt><script></noframes>"_qs + deep + u"</script>;"_qs << u";"_qs;
+    QTest::newRow("an empty end tag stays apart from what follows")
+        << deep + u"<b></></u><svg></svg><xmp><d"_qs << u"<d"_qs;
+    QTest::newRow("a text < stays apart from what follows") << deep + u"<</dt>W"_qs << u"<W"_qs;
+    QTest::newRow("select inside a table ends with the table")
+        << u"<table><tr><td><select><option>o</select><td>c</table>x"_qs << u"o\r\n\tc\r\nx"_qs;
+}
+
+void TestHtmlText::guardKeepsWhatPagesShow()
+{
+    QFETCH(QString, html);
+    QFETCH(QString, text);
+    QCOMPARE(htmlDecode(html), text);
+    // And the same as the markup parsed without the guard.
+    DecodeLimits unguarded;
+    unguarded.guardMarkup = false;
+    QCOMPARE(htmlDecode(html, unguarded).text, text);
+}
+
+namespace {
+
+/// The fastest of two decodings, in milliseconds.
+qint64 decodeMs(const QByteArray &page, DecodedPage &decoded)
+{
+    qint64 best = std::numeric_limits<qint64>::max();
+    for (int run = 0; run < 2; ++run) {
+        QElapsedTimer timer;
+        timer.start();
+        decoded = decodePageText(page, {}, {});
+        best = std::min(best, timer.elapsed());
+    }
+    return best;
+}
+
+} // namespace
+
+void TestHtmlText::hostilePagesTakeLinearTime_data()
+{
+    QTest::addColumn<QByteArray>("head");
+    QTest::addColumn<QByteArray>("unit");
+    QTest::addColumn<QByteArray>("tail");
+    QTest::addColumn<int>("xsPerUnit");
+
+    const QByteArray deep = QByteArray("<span>").repeated(kMaxMarkupDepth - 1);
+    QByteArray attributes = "<span";
+    for (int i = 0; i < 40; ++i)
+        attributes += " a" + QByteArray::number(i) + "=v";
+    // Every row keeps one x per unit of text; none may be lost.
+    QTest::newRow("self-closing") << QByteArray() << QByteArray("<div/>x") << QByteArray() << 1;
+    QTest::newRow("unclosed") << QByteArray() << QByteArray("<div>x") << QByteArray() << 1;
+    QTest::newRow("deeply nested") << QByteArray() << QByteArray("<div><span><b>x") << QByteArray("</b></span></div>") << 1;
+    QTest::newRow("many attributes per tag") << QByteArray() << attributes + ">x</span>" << QByteArray() << 1;
+    QTest::newRow("one tag, endless attributes") << QByteArray("<div") << QByteArray(" a b=c") << QByteArray(">x</div>") << 0;
+    QTest::newRow("long attribute value") << QByteArray("<div title=\"") << QByteArray("vvvvvvvv") << QByteArray("\">x</div>") << 0;
+    QTest::newRow("entities") << QByteArray() << QByteArray("&amp;x&#x41;") << QByteArray() << 1;
+    QTest::newRow("huge text") << QByteArray() << QByteArray("xxxxxxxx") << QByteArray() << 8;
+    QTest::newRow("long comment") << QByteArray("<!--") << QByteArray("cccccccc") << QByteArray("-->x") << 0;
+    QTest::newRow("stray end tags, deep") << deep << QByteArray("</i>x") << QByteArray() << 1;
+    QTest::newRow("paragraphs, deep") << deep << QByteArray("<p>x") << QByteArray() << 1;
+    QByteArray reopened = "<p>";
+    for (int i = 0; i < 200; ++i)
+        reopened += "<b x=" + QByteArray::number(i) + '>';
+    QTest::newRow("formatting reopened in every paragraph") << reopened << QByteArray("<p>x") << QByteArray() << 1;
+    QTest::newRow("list items in divs") << QByteArray("<div>").repeated(kMaxMarkupDepth - 1) << QByteArray("<li>x")
+                                        << QByteArray() << 1;
+}
+
+void TestHtmlText::hostilePagesTakeLinearTime()
+{
+    QFETCH(QByteArray, head);
+    QFETCH(QByteArray, unit);
+    QFETCH(QByteArray, tail);
+    QFETCH(int, xsPerUnit);
+
+    // A page four times the size may take about four times as long, not
+    // sixteen as markup that makes the parser's work grow with the square
+    // of the page did.
+    const qsizetype small = 256 * 1024 / unit.size();
+    const QByteArray smallPage = head + unit.repeated(small) + tail;
+    const QByteArray largePage = head + unit.repeated(4 * small) + tail;
+    DecodedPage decoded;
+    const qint64 smallMs = decodeMs(smallPage, decoded);
+    QCOMPARE(decoded.error, PageTextError::None);
+    QCOMPARE(decoded.text.count(u'x'), xsPerUnit * small + (xsPerUnit ? 0 : 1));
+    const qint64 largeMs = decodeMs(largePage, decoded);
+    QCOMPARE(decoded.error, PageTextError::None);
+    QCOMPARE(decoded.text.count(u'x'), xsPerUnit * 4 * small + (xsPerUnit ? 0 : 1));
+    QVERIFY2(largeMs < 8 * smallMs + 100, qPrintable(u"%1 ms, then %2 ms"_qs.arg(smallMs).arg(largeMs)));
+}
+
+void TestHtmlText::limitsStopTheDecoding()
+{
+    // A formatting element with a style of a megabyte, left open, is
+    // rebuilt with all its style in every paragraph: the parser would build
+    // a gigabyte for a page of one megabyte. That is too complex to read.
+    const QByteArray reopened = "<p><b style=\"" + QByteArray(1024 * 1024, 'x') + "\">" + QByteArray("<p>t").repeated(1000);
+    QElapsedTimer timer;
+    timer.start();
+    QCOMPARE(decodePageText(reopened, {}, {}).error, PageTextError::TooComplex);
+    QVERIFY2(timer.elapsed() < 20000, qPrintable(QString::number(timer.elapsed())));
+
+    // A deadline or a word from another thread stops a decoding midway.
+    const QByteArray page = QByteArray("<p>x").repeated(300000);
+    std::atomic<bool> stop{false};
+    timer.restart();
+    const DecodedPage whole = decodePageText(page, {}, {QDeadlineTimer::Forever, &stop});
+    const qint64 wholeMs = timer.elapsed();
+    QCOMPARE(whole.error, PageTextError::None);
+    QCOMPARE(whole.text.count(u'x'), 300000);
+
+    timer.restart();
+    QCOMPARE(decodePageText(page, {}, {QDeadlineTimer(wholeMs / 10), nullptr}).error, PageTextError::OutOfTime);
+    QVERIFY2(timer.elapsed() < wholeMs / 2, qPrintable(u"%1 of %2 ms"_qs.arg(timer.elapsed()).arg(wholeMs)));
+
+    std::thread stopper([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(wholeMs / 10));
+        stop = true;
+    });
+    timer.restart();
+    const PageTextError error = decodePageText(page, {}, {QDeadlineTimer::Forever, &stop}).error;
+    const qint64 stoppedMs = timer.elapsed();
+    stopper.join();
+    QCOMPARE(error, PageTextError::Cancelled);
+    QVERIFY2(stoppedMs < wholeMs / 2, qPrintable(u"%1 of %2 ms"_qs.arg(stoppedMs).arg(wholeMs)));
 }
 
 QTEST_GUILESS_MAIN(TestHtmlText)

@@ -7,12 +7,14 @@
 #include "core/app/DataFolder.h"
 #include "core/lookup/CookieJar.h"
 #include "core/i18n/Texts.h"
+#include "core/lookup/HtmlText.h"
 #include "core/lookup/LookUp.h"
 #include "core/lookup/LookupResult.h"
 #include "core/lookup/NamedDownloads.h"
 #include "core/lookup/PictureDownloader.h"
 #include "core/lookup/PictureFiles.h"
 
+#include <QElapsedTimer>
 #include <QFile>
 #include <QImage>
 #include <QJsonDocument>
@@ -23,6 +25,7 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 
 using namespace marvik::lookup;
 using Answer = CallbookServer::Answer;
@@ -41,6 +44,31 @@ Answer page(const QByteArray &body, int delayMs = 0)
     a.body = body;
     a.delayMs = delayMs;
     return a;
+}
+
+Answer redirect(const QByteArray &location)
+{
+    Answer a;
+    a.status = 302;
+    a.headers = {{"Location", location}};
+    return a;
+}
+
+/// A call page for W1AW that takes the page reader at least half a second
+/// in this build, and how long it takes.
+QByteArray slowPage(qint64 &readMs)
+{
+    QByteArray body = QByteArray("<p>x").repeated(50000);
+    for (;;) {
+        const QByteArray page = "<p>W1AW</p>" + body;
+        QElapsedTimer timer;
+        timer.start();
+        decodePageText(page, {}, {});
+        readMs = timer.elapsed();
+        if (readMs >= 500 || page.size() * 2 > kPageSizeLimit)
+            return page;
+        body += body;
+    }
 }
 
 } // namespace
@@ -62,6 +90,16 @@ private slots:
     void failedDownloads_data();
     void failedDownloads();
     void redirectToHttpIsFollowed();
+    void redirects_data();
+    void redirects();
+    void httpsNeverRedirectsToHttp_data();
+    void httpsNeverRedirectsToHttp();
+    void tricklingAnswersEndAtTheirDeadline_data();
+    void tricklingAnswersEndAtTheirDeadline();
+    void pagesAreReadOffTheEventLoop();
+    void pageNotReadInTimeFails();
+    void pageOfASupersededRequestIsDropped();
+    void eventsKeepTheOrderDownloadsEnded();
     void pictures_data();
     void pictures();
     void notAPicture();
@@ -345,6 +383,233 @@ void TestLookUp::redirectToHttpIsFollowed()
     m_lookUp->GetPage(u"W1AW2"_qs);
     QTRY_COMPARE(got.size(), 1);
     QCOMPARE(m_lookUp->html(), u"W1AW moved"_qs);
+}
+
+void TestLookUp::redirects_data()
+{
+    QTest::addColumn<int>("hops");
+    QTest::addColumn<QByteArray>("last"); ///< where the last hop goes; empty: the page
+    QTest::addColumn<QString>("failure"); ///< empty: the page arrives
+    QTest::newRow("one hop") << 1 << QByteArray() << QString();
+    QTest::newRow("two hops") << 2 << QByteArray() << QString();
+    QTest::newRow("ten hops, the limit") << kMaxRedirects << QByteArray() << QString();
+    QTest::newRow("one hop too many") << kMaxRedirects + 1 << QByteArray() << u"too many redirects"_qs;
+    QTest::newRow("fifty hops") << 50 << QByteArray() << u"too many redirects"_qs;
+    QTest::newRow("a loop") << 3 << QByteArray("/db/W1AW") << u"too many redirects"_qs;
+    QTest::newRow("relative address") << 2 << QByteArray("final") << QString();
+    QTest::newRow("to a file") << 2 << QByteArray("file:///etc/hostname") << u"redirect to file:///etc/hostname refused"_qs;
+    QTest::newRow("to ftp") << 1 << QByteArray("ftp://127.0.0.1/final") << u"refused"_qs;
+}
+
+void TestLookUp::redirects()
+{
+    QFETCH(int, hops);
+    QFETCH(QByteArray, last);
+    QFETCH(QString, failure);
+    // /db/W1AW -> /hop/1 -> ... -> /hop/<hops - 1> -> /hop/final (or `last`)
+    for (int i = 0; i < hops; ++i) {
+        const QString from = i == 0 ? u"/db/W1AW"_qs : u"/hop/%1"_qs.arg(i);
+        const QByteArray to = i + 1 < hops ? "/hop/" + QByteArray::number(i + 1) : last.isEmpty() ? "/hop/final" : last;
+        m_server->answer(from, redirect(to.startsWith('/') ? m_server->base().toLatin1() + to : to));
+    }
+    m_server->answer(u"/hop/final"_qs, page("<p>W1AW moved</p>"));
+    m_lookUp->setDataBase(dataBaseOf(Source::Qrz));
+    QSignalSpy got(m_lookUp.get(), &LookUp::GotPage);
+    QSignalSpy failed(m_lookUp.get(), &LookUp::requestFailed);
+    m_lookUp->GetPage(u"W1AW2"_qs);
+    QTRY_COMPARE_WITH_TIMEOUT(got.size() + failed.size(), 1, 20000);
+    if (failure.isEmpty()) {
+        QCOMPARE(got.size(), 1);
+        QCOMPARE(m_lookUp->html(), u"W1AW moved"_qs);
+        QCOMPARE(m_server->requests().size(), hops + 1);
+    } else {
+        const QString reason = failed.first().at(1).toString();
+        QVERIFY2(reason.contains(failure), qPrintable(reason));
+        QVERIFY(m_server->requests().size() <= kMaxRedirects + 1);
+        QCOMPARE(m_server->hits(u"/hop/final"_qs), 0);
+    }
+    QVERIFY(m_lookUp->pendingRequests().isEmpty());
+}
+
+void TestLookUp::httpsNeverRedirectsToHttp_data()
+{
+    QTest::addColumn<bool>("fromTls");
+    QTest::addColumn<bool>("toTls");
+    QTest::addColumn<QString>("failure");
+    QTest::newRow("https to https") << true << true << QString();
+    QTest::newRow("http to https") << false << true << QString();
+    QTest::newRow("https to http") << true << false << u"redirect from https to http refused"_qs;
+}
+
+void TestLookUp::httpsNeverRedirectsToHttp()
+{
+    QFETCH(bool, fromTls);
+    QFETCH(bool, toTls);
+    QFETCH(QString, failure);
+    CallbookServer::trustCertificate();
+    CallbookServer tls(nullptr, CallbookServer::Transport::Tls);
+    QVERIFY(tls.isListening());
+    CallbookServer &from = fromTls ? tls : *m_server;
+    CallbookServer &to = toTls ? tls : *m_server;
+    from.answer(u"/db/W1AW"_qs, redirect(to.base().toLatin1() + "/final"));
+    to.answer(u"/final"_qs, page("<p>W1AW safe</p>"));
+    LookUp lookUp(m_network.get(), settingsFor(from), u"K1ABC"_qs);
+    lookUp.setDataBase(dataBaseOf(Source::Qrz));
+    QSignalSpy got(&lookUp, &LookUp::GotPage);
+    QSignalSpy failed(&lookUp, &LookUp::requestFailed);
+    lookUp.GetPage(u"W1AW2"_qs);
+    QTRY_COMPARE_WITH_TIMEOUT(got.size() + failed.size(), 1, 20000);
+    if (failure.isEmpty()) {
+        QCOMPARE(lookUp.html(), u"W1AW safe"_qs);
+    } else {
+        const QString reason = failed.first().at(1).toString();
+        QVERIFY2(reason.contains(failure), qPrintable(reason));
+        QCOMPARE(to.hits(u"/final"_qs), 0);
+    }
+}
+
+void TestLookUp::tricklingAnswersEndAtTheirDeadline_data()
+{
+    QTest::addColumn<bool>("picture");
+    QTest::addColumn<int>("bytes");
+    QTest::addColumn<int>("deadlineMs");
+    QTest::addColumn<bool>("completes");
+    // A byte every 40 ms never stands still long enough for the transfer
+    // time-out; only the deadline ends it.
+    QTest::newRow("picture, past its deadline") << true << 60 << 600 << false;
+    QTest::newRow("picture, within its deadline") << true << 16 << 5000 << true;
+    QTest::newRow("page, past its deadline") << false << 60 << 600 << false;
+    QTest::newRow("page, within its deadline") << false << 16 << 5000 << true;
+}
+
+void TestLookUp::tricklingAnswersEndAtTheirDeadline()
+{
+    QFETCH(bool, picture);
+    QFETCH(int, bytes);
+    QFETCH(int, deadlineMs);
+    QFETCH(bool, completes);
+    Answer trickling = page("<p>W1AW</p>" + QByteArray(bytes - 11, 'x'));
+    trickling.trickleMs = 40;
+    m_server->answer(u"/slow"_qs, trickling);
+    m_server->answer(u"/db/W1AW"_qs, trickling);
+
+    QSignalSpy *done = nullptr;
+    QSignalSpy *failed = nullptr;
+    PictureDownloader downloader(m_network.get());
+    QSignalSpy pictureDone(&downloader, &PictureDownloader::DownloadComplete);
+    QSignalSpy pictureFailed(&downloader, &PictureDownloader::downloadFailed);
+    QSignalSpy progress(&downloader, &PictureDownloader::Progress);
+    QSignalSpy pageDone(m_lookUp.get(), &LookUp::GotPage);
+    QSignalSpy pageFailed(m_lookUp.get(), &LookUp::requestFailed);
+    QElapsedTimer timer;
+    timer.start();
+    if (picture) {
+        downloader.setTransferTimeout(1000);
+        downloader.setDeadline(deadlineMs);
+        downloader.DownloadFile(m_server->base() + u"/slow"_qs, PictureDownloader::kForceUpdate, u"W1AW"_qs);
+        done = &pictureDone;
+        failed = &pictureFailed;
+    } else {
+        m_lookUp->setTransferTimeout(1000);
+        m_lookUp->setDeadlines(deadlineMs, deadlineMs);
+        m_lookUp->setDataBase(dataBaseOf(Source::Qrz));
+        m_lookUp->GetPage(u"W1AW2"_qs);
+        done = &pageDone;
+        failed = &pageFailed;
+    }
+    QTRY_COMPARE_WITH_TIMEOUT(done->size() + failed->size(), 1, 20000);
+    if (completes) {
+        QCOMPARE(done->size(), 1);
+        if (picture)
+            QCOMPARE(downloader.bytes().size(), bytes);
+        return;
+    }
+    const QString reason = failed->first().at(1).toString();
+    QCOMPARE(reason, u"no complete answer within %1 s"_qs.arg(deadlineMs / 1000.0));
+    // Ended at the deadline, not when the last byte came (2.4 s).
+    QVERIFY2(timer.elapsed() < deadlineMs + 1200, qPrintable(QString::number(timer.elapsed())));
+    if (picture)
+        QVERIFY(progress.size() > 1);
+}
+
+void TestLookUp::pagesAreReadOffTheEventLoop()
+{
+    qint64 readMs = 0;
+    m_server->answer(u"/db/W1AW"_qs, page(slowPage(readMs)));
+    m_lookUp->setDataBase(dataBaseOf(Source::Qrz));
+    QSignalSpy got(m_lookUp.get(), &LookUp::GotPage);
+    // A timer of the host's keeps firing while the page is read.
+    QElapsedTimer sinceTick;
+    qint64 longestGap = 0;
+    QTimer ticker;
+    connect(&ticker, &QTimer::timeout, this, [&] { longestGap = std::max(longestGap, sinceTick.restart()); });
+    sinceTick.start();
+    ticker.start(10);
+    m_lookUp->GetPage(u"W1AW2"_qs);
+    QTRY_COMPARE_WITH_TIMEOUT(got.size(), 1, 60000);
+    QVERIFY2(longestGap < readMs / 2, qPrintable(u"gap of %1 ms, reading takes %2 ms"_qs.arg(longestGap).arg(readMs)));
+    QVERIFY(m_lookUp->html().startsWith(u"W1AW\r\n\r\nx"_qs));
+    QVERIFY(m_lookUp->pendingRequests().isEmpty());
+}
+
+void TestLookUp::pageNotReadInTimeFails()
+{
+    qint64 readMs = 0;
+    m_server->answer(u"/db/W1AW"_qs, page(slowPage(readMs)));
+    m_lookUp->setDataBase(dataBaseOf(Source::Qrz));
+    m_lookUp->setDecodeDeadline(50);
+    QSignalSpy got(m_lookUp.get(), &LookUp::GotPage);
+    QSignalSpy missing(m_lookUp.get(), &LookUp::PageNotFound);
+    QSignalSpy failed(m_lookUp.get(), &LookUp::requestFailed);
+    m_lookUp->GetPage(u"W1AW2"_qs);
+    QTRY_COMPARE_WITH_TIMEOUT(failed.size(), 1, 20000);
+    QCOMPARE(failed.first().at(0).toString(), u"W1AW2"_qs);
+    QCOMPARE(failed.first().at(1).toString(), u"page too complex: not read within 0.05 s"_qs);
+    QVERIFY(m_lookUp->pendingRequests().isEmpty());
+    QTest::qWait(int(readMs) + 200); // the reading, had it gone on, would be done
+    QCOMPARE(got.size() + missing.size(), 0);
+    QCOMPARE(failed.size(), 1);
+}
+
+void TestLookUp::pageOfASupersededRequestIsDropped()
+{
+    qint64 readMs = 0;
+    m_server->answer(u"/db/W1AW"_qs, {page(slowPage(readMs)), page("<p>W1AW again</p>")});
+    m_lookUp->setDataBase(dataBaseOf(Source::Qrz));
+    QSignalSpy got(m_lookUp.get(), &LookUp::GotPage);
+    QSignalSpy answered(m_server.get(), &CallbookServer::answered);
+    m_lookUp->GetPage(u"W1AW2"_qs);
+    // Ask again while the first page is being read.
+    QTRY_COMPARE(answered.size(), 1);
+    QTest::qWait(100);
+    QCOMPARE(got.size(), 0);
+    m_lookUp->GetPage(u"W1AW2"_qs);
+    QCOMPARE(m_lookUp->pendingRequests(), QStringList{u"W1AW2"_qs});
+    QTRY_COMPARE(got.size(), 1);
+    QCOMPARE(m_lookUp->html(), u"W1AW again"_qs);
+    QTest::qWait(int(readMs) + 200);
+    QCOMPARE(got.size(), 1);
+    QCOMPARE(m_lookUp->html(), u"W1AW again"_qs);
+}
+
+void TestLookUp::eventsKeepTheOrderDownloadsEnded()
+{
+    // The first page takes long to read, the second (arriving later) none:
+    // its event still waits for the first one's.
+    qint64 readMs = 0;
+    m_server->answer(u"/db/W1AW"_qs, page(slowPage(readMs)));
+    m_server->answer(u"/db/K2XX"_qs, page("<p>nobody</p>", 400));
+    m_server->answer(u"/pics/k2xx.jpg"_qs, page("jpeg", 450));
+    m_lookUp->setDataBase(dataBaseOf(Source::Qrz));
+    QStringList events;
+    connect(m_lookUp.get(), &LookUp::GotPage, this, [&](const QString &call) { events << u"GotPage "_qs + call; });
+    connect(m_lookUp.get(), &LookUp::PageNotFound, this, [&](const QString &call) { events << u"PageNotFound "_qs + call; });
+    connect(m_lookUp.get(), &LookUp::PictureReady, this, [&](const QString &call) { events << u"PictureReady "_qs + call; });
+    m_lookUp->GetPage(u"W1AW2"_qs);
+    m_lookUp->GetPage(u"K2XX2"_qs);
+    m_lookUp->GetPicture(m_server->base() + u"/pics/k2xx.jpg"_qs, u"K2XX5"_qs);
+    QTRY_COMPARE_WITH_TIMEOUT(events.size(), 3, 60000);
+    QCOMPARE(events, (QStringList{u"GotPage W1AW"_qs, u"PageNotFound K2XX"_qs, u"PictureReady K2XX"_qs}));
 }
 
 void TestLookUp::pictures_data()

@@ -254,7 +254,7 @@ void TestServiceCli::fallbackAndCache()
     QCOMPARE(r.json().value(u"via"_qs).toString(), u"page"_qs);
 
     // Everything down now: the cache answers, with its date.
-    m_server->answer(u"/db/W1AW"_qs, CallbookServer::Answer{{}, "text/html", 503, 0, false, false, {}});
+    m_server->answer(u"/db/W1AW"_qs, CallbookServer::Answer{{}, "text/html", 503, 0, false, false, 0, {}});
     r = lookup({u"--source"_qs, u"callook"_qs, u"--fallback"_qs, u"W1AW"_qs});
     QCOMPARE(r.exitCode, 0);
     QJsonObject o = r.json();

@@ -3,7 +3,9 @@
 
 #include "core/app/Config.h"
 #include "core/app/DataFolder.h"
+#include "core/app/Log.h"
 #include "core/app/Session.h"
+#include "core/i18n/LanguageFile.h"
 #include "core/i18n/Texts.h"
 #include "gui/app/Commands.h"
 #include "gui/app/MainCommands.h"
@@ -15,11 +17,13 @@
 #include <QFileInfo>
 #include <QUrl>
 
+#include <algorithm>
+
 namespace marvik::gui {
 
 using i18n::TextId;
 
-AppController::AppController(app::Session &session, const i18n::CurrentTexts &texts, Commands &commands,
+AppController::AppController(app::Session &session, i18n::CurrentTexts &texts, Commands &commands,
                              QWidget *dialogParent, QObject *parent)
     : QObject(parent)
     , m_session(session)
@@ -40,6 +44,11 @@ AppController::AppController(app::Session &session, const i18n::CurrentTexts &te
     connect(commands.action(QStringLiteral("mnuOnTop")), &QAction::triggered, this, &AppController::toggleOnTop);
     connect(commands.action(QStringLiteral("mnuHelp")), &QAction::triggered, this, &AppController::showHelp);
     connect(commands.action(QStringLiteral("mnuAbout")), &QAction::triggered, this, &AppController::showAbout);
+    for (int i = 0; i < i18n::kLanguageCount; ++i) {
+        const QString name = indexed("mnuLang", i);
+        connect(commands.action(name), &QAction::triggered, this, [this, i] { chooseLanguage(i); });
+        commands.provide(name);
+    }
     for (const char *name : {"mnuOnTop", "mnuHelp", "mnuAbout"})
         commands.provide(QLatin1String(name));
 }
@@ -79,6 +88,27 @@ void AppController::chooseDefault(lookup::Source source)
 {
     m_session.setDefaultSource(source);
     chooseSource(source);
+}
+
+void AppController::chooseLanguage(int language)
+{
+    m_session.settings().language = qint16(language);
+    loadLanguage();
+}
+
+void AppController::loadLanguage()
+{
+    const int language = std::clamp<int>(m_session.settings().language, 0, i18n::kLanguageCount - 1);
+    for (int i = 0; i < i18n::kLanguageCount; ++i)
+        m_commands.action(indexed("mnuLang", i))->setChecked(i == language);
+    i18n::LanguageLoad load = i18n::loadLanguage(m_session.dataFolder(), language, m_texts.texts());
+    // The language names turn English before the file is opened, so even a
+    // failed load shows them so; every other text stays as it was.
+    m_texts.setTexts(load.texts);
+    if (!load.loaded()) {
+        qCWarning(lcApp) << "language file not used:" << load.detail;
+        messages::exclamation(m_parent, load.message);
+    }
 }
 
 void AppController::toggleOnTop()

@@ -26,12 +26,16 @@ class AppController : public QObject
     Q_OBJECT
 
 public:
-    AppController(app::Session &session, const i18n::CurrentTexts &texts, Commands &commands, QWidget *dialogParent,
+    AppController(app::Session &session, i18n::CurrentTexts &texts, Commands &commands, QWidget *dialogParent,
                   QObject *parent = nullptr);
 
     /// Start-up step 11: checks the default source in both menus and makes
     /// it the current one.
     void applyDefaultSource();
+    /// Start-up step 12 and the language menu: loads the language file of
+    /// the configured language over the current texts, checks its menu
+    /// item, and tells the user when the file cannot be used.
+    void loadLanguage();
     /// The label the Database menu shows for the current source.
     QString sourceLabel() const;
 
@@ -45,12 +49,13 @@ private:
     void chooseSource(lookup::Source source);
     void chooseDefault(lookup::Source source);
     void checkSourceMenus();
+    void chooseLanguage(int language);
     void toggleOnTop();
     void showHelp();
     void showAbout();
 
     app::Session &m_session;
-    const i18n::CurrentTexts &m_texts;
+    i18n::CurrentTexts &m_texts;
     Commands &m_commands;
     QPointer<QWidget> m_parent;
 };

@@ -178,8 +178,7 @@ bool CompositionRoot::startUp()
     m_window->showList(settings.currentList);
     m_app->applyDefaultSource();
 
-    const int language = std::clamp<int>(settings.language, 0, 4);
-    m_commands->action(indexed("mnuLang", language))->setChecked(true);
+    m_app->loadLanguage();
 
     session.setStarting(false);
     m_lists->setStarting(false);

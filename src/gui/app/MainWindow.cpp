@@ -26,6 +26,7 @@
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QProgressBar>
+#include <QProxyStyle>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QStackedWidget>
@@ -56,6 +57,26 @@ const QList<int> kExpandedEdges{0, 68, 168, 205, 372, 572, 799};
 constexpr int kCountryWidth = 935 - 799;
 
 const QColor kButtonColour(170, 197, 255);
+
+/// The menu bar's look: a separator in the bar puts the menus after it at
+/// the bar's right end, as Setup, Help and About always stood. Qt's menu bar
+/// lays them out that way for styles that draw menu-bar separators, so this
+/// style says it does; everything else is the application's style.
+class MenuBarStyle : public QProxyStyle
+{
+public:
+    MenuBarStyle()
+        : QProxyStyle(QApplication::style()->name())
+    {
+    }
+    int styleHint(StyleHint hint, const QStyleOption *option, const QWidget *widget,
+                  QStyleHintReturn *returnData) const override
+    {
+        if (hint == SH_DrawMenuBarSeparator)
+            return 1;
+        return QProxyStyle::styleHint(hint, option, widget, returnData);
+    }
+};
 
 void colourButton(QPushButton *button)
 {
@@ -117,6 +138,11 @@ void MainWindow::buildMenus()
     m_mnuDatabase->addAction(act(QStringLiteral("mnuLogin")));
 
     menuBar()->addAction(act(QStringLiteral("mnuExpand")));
+    // The third top-level menu and those after it stand at the right.
+    auto *barStyle = new MenuBarStyle;
+    barStyle->setParent(menuBar());
+    menuBar()->setStyle(barStyle);
+    menuBar()->addSeparator()->setObjectName(QStringLiteral("mnuSepRight"));
 
     QMenu *setup = addMenu(nullptr, QStringLiteral("mnuSetup"));
     setup->addAction(act(QStringLiteral("mnuAdd")));

@@ -8,6 +8,7 @@
 #include "gui/app/MainCommands.h"
 #include "gui/app/CompositionRoot.h"
 #include "gui/app/MainWindow.h"
+#include "gui/app/Messages.h"
 #include "gui/app/Selection.h"
 #include "gui/web/WebView.h"
 #include "core/app/Session.h"
@@ -30,6 +31,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QMenuBar>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSettings>
@@ -390,6 +392,72 @@ private slots:
         QTest::mouseClick(m_window->grid(1)->viewport(), Qt::LeftButton, {}, QPoint(x, cellPoint(2, 1).y()));
         QCOMPARE(m_root->selection().currentRow(), 2);
         QCOMPARE(pictures.size(), picture ? 1 : 0);
+    }
+
+    void languagesRelabelTheWindow()
+    {
+        struct Language
+        {
+            int index;
+            QString setup, german, satellite, clearPrompt;
+        };
+        // Through every language and back to English, each from the one
+        // before: the captions come from the shipped files.
+        const QList<Language> languages{
+            {2, u"Optionen"_qs, u"Deutsch"_qs, u"Google-Satellitenansicht von DL1ABC"_qs,
+             u"Alle Einträge in xxx löschen?"_qs},
+            {1, u"Ajustes"_qs, u"Alemán"_qs, u"Vista de satélite de DL1ABC (Google)"_qs,
+             u"¿Borrar todas las entradas de xxx?"_qs},
+            {3, u"Réglages"_qs, u"Allemand"_qs, u"Vue satellite Google de DL1ABC"_qs,
+             u"Supprimer toutes les entrées de xxx\u00A0?"_qs},
+            {4, u"Opties"_qs, u"Duits"_qs, u"Google-satellietbeeld van DL1ABC"_qs,
+             u"Alle items in xxx verwijderen?"_qs},
+            {0, u"Setup"_qs, u"German"_qs, u"Google satellite view of DL1ABC"_qs, u"Delete all entries in xxx?"_qs},
+        };
+        QVERIFY(start());
+        for (const Language &l : languages) {
+            child<QAction>(QStringLiteral("mnuLang%1").arg(l.index))->trigger();
+            QCOMPARE(gui::messages::takeShown().size(), 0);
+            for (int i = 0; i < 5; ++i)
+                QCOMPARE(child<QAction>(QStringLiteral("mnuLang%1").arg(i))->isChecked(), i == l.index);
+            QCOMPARE(child<QMenu>(QStringLiteral("mnuSetup"))->title(), l.setup);
+            QCOMPARE(child<QAction>(QStringLiteral("mnuLang2"))->text(), l.german);
+            rowMenu(0);
+            QCOMPARE(child<QAction>(QStringLiteral("mnuStView1"))->text(), l.satellite);
+            DialogAnswerer no(QMessageBox::No);
+            trigger(QStringLiteral("mnuClear"));
+            // The list name as the chooser shows it, blanks and all.
+            QCOMPARE(no.dialog().text, QString(l.clearPrompt).replace(u"xxx"_qs, u" DX  "_qs));
+        }
+        // A language whose file is gone: its own built-in message, the
+        // language names back in English, every other text as it was.
+        child<QAction>(QStringLiteral("mnuLang2"))->trigger();
+        QVERIFY(QFile::remove(file(QStringLiteral("Languages/Marvik_Dutch.Language"))));
+        {
+            DialogAnswerer ok;
+            child<QAction>(QStringLiteral("mnuLang4"))->trigger();
+            QCOMPARE(ok.dialog().text, QStringLiteral("Taalbestand ontbreekt of corrupt."));
+        }
+        QCOMPARE(child<QAction>(QStringLiteral("mnuLang2"))->text(), QStringLiteral("German"));
+        QCOMPARE(child<QMenu>(QStringLiteral("mnuSetup"))->title(), QStringLiteral("Optionen"));
+        QVERIFY(child<QAction>(QStringLiteral("mnuLang4"))->isChecked());
+        // The choice is kept in Marvik.cfg's language line.
+        m_window->close();
+        QCOMPARE(readAll(file(QStringLiteral("Marvik.cfg"))).split('\n').value(12), QByteArray(" 4 \r"));
+    }
+
+    void theThirdMenuStandsAtTheRight()
+    {
+        QVERIFY(start());
+        m_window->resize(600, 400);
+        QTest::qWait(20);
+        auto *bar = m_window->menuBar();
+        const QRect expand = bar->actionGeometry(child<QAction>(QStringLiteral("mnuExpand")));
+        const QRect setup = bar->actionGeometry(child<QMenu>(QStringLiteral("mnuSetup"))->menuAction());
+        const QRect about = bar->actionGeometry(child<QAction>(QStringLiteral("mnuAbout")));
+        QCOMPARE(setup.top(), expand.top());
+        QVERIFY2(setup.left() - expand.right() > 100, "Setup does not stand apart from Expand");
+        QVERIFY2(bar->width() - about.right() < 20, "About does not end at the bar's right end");
     }
 
     void rowMenuCaptions_data()

@@ -9,6 +9,9 @@
 #include "gui/app/CompositionRoot.h"
 #include "gui/app/MainWindow.h"
 #include "gui/app/Messages.h"
+#include "gui/maps/MapController.h"
+#include "gui/maps/MapWindow.h"
+#include "gui/app/StatusLine.h"
 #include "gui/app/Selection.h"
 #include "gui/web/WebView.h"
 #include "core/app/Session.h"
@@ -458,6 +461,92 @@ private slots:
         QCOMPARE(setup.top(), expand.top());
         QVERIFY2(setup.left() - expand.right() > 100, "Setup does not stand apart from Expand");
         QVERIFY2(bar->width() - about.right() < 20, "About does not end at the bar's right end");
+    }
+
+    void theListFromTheKeyboard()
+    {
+        QVERIFY(start());
+        m_window->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(m_window));
+        auto *callBox = child<QLineEdit>(QStringLiteral("txtCall"));
+        auto *grid = child<gui::ListGrid>(QStringLiteral("Grid1"));
+        const QStringList before = callsigns(1);
+        callBox->setFocus();
+        // Down from the callsign box: into the list, on its first row.
+        QTest::keyClick(callBox, Qt::Key_Down);
+        QTRY_VERIFY(grid->hasFocus());
+        QCOMPARE(m_root->selection().currentRow(), 0);
+        QTest::keyClick(grid, Qt::Key_Down);
+        QCOMPARE(m_root->selection().currentRow(), 1);
+        QTest::keyClick(grid, Qt::Key_PageDown);
+        QCOMPARE(m_root->selection().currentRow(), before.size() - 1);
+        QTest::keyClick(grid, Qt::Key_Home, Qt::ControlModifier);
+        QCOMPARE(m_root->selection().currentRow(), 0);
+
+        // The row menu for the current row, from the Menu key and Shift+F10.
+        QTest::keyClick(grid, Qt::Key_Down);
+        for (const auto &[key, mods] : {std::pair{Qt::Key_Menu, Qt::KeyboardModifiers()},
+                                        std::pair{Qt::Key_F10, Qt::KeyboardModifiers(Qt::ShiftModifier)}}) {
+            QTest::keyClick(grid, key, mods);
+            auto *menu = child<QMenu>(QStringLiteral("mnuPopup"));
+            QTRY_VERIFY(menu->isVisible());
+            QCOMPARE(child<QAction>(QStringLiteral("mnuName"))->text(),
+                     QStringLiteral("Change first name of ") + before[1]);
+            menu->hide();
+        }
+
+        // Delete takes the current row at once; Ctrl+Z brings it back, in
+        // the grid and in the file.
+        grid->setFocus();
+        QTest::keyClick(grid, Qt::Key_Delete);
+        QStringList without = before;
+        without.removeAt(1);
+        QCOMPARE(callsigns(1), without);
+        QVERIFY(!readAll(file(QStringLiteral("List1.dat"))).contains(QByteArray(before[1].toLatin1() + '*')));
+        QVERIFY(m_window->statusLine().noteText().contains(before[1] + QStringLiteral(" deleted")));
+        QVERIFY(grid->hasFocus());
+        QCOMPARE(m_root->selection().currentRow(), 1);
+        QTest::keyClick(grid, Qt::Key_Z, Qt::ControlModifier);
+        QCOMPARE(callsigns(1), before);
+        QVERIFY(readAll(file(QStringLiteral("List1.dat"))).contains(QByteArray(before[1].toLatin1() + '*')));
+
+        // A cleared list comes back the same way.
+        {
+            DialogAnswerer yes(QMessageBox::Yes);
+            rowMenu(0);
+            trigger(QStringLiteral("mnuClear"));
+        }
+        QCOMPARE(m_root->lists().model(1)->rowCount(), 0);
+        grid->setFocus();
+        QTest::keyClick(grid, Qt::Key_Z, Qt::ControlModifier);
+        QCOMPARE(callsigns(1), before);
+        QVERIFY(child<QComboBox>(QStringLiteral("cboList"))->itemText(0).endsWith(QStringLiteral("  (4)")));
+        // Undo is one step: a second Ctrl+Z changes nothing.
+        QTest::keyClick(grid, Qt::Key_Z, Qt::ControlModifier);
+        QCOMPARE(callsigns(1), before);
+
+        // Escape and F6 go back to the callsign box; F6 comes in again.
+        m_window->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(m_window));
+        grid->setFocus();
+        QTest::keyClick(grid, Qt::Key_Escape);
+        QTRY_VERIFY(callBox->hasFocus());
+        QTest::keyClick(callBox, Qt::Key_F6);
+        QTRY_VERIFY(grid->hasFocus());
+        QTest::keyClick(grid, Qt::Key_F6);
+        QTRY_VERIFY(callBox->hasFocus());
+    }
+
+    void enterOnARowShowsTheMap()
+    {
+        QVERIFY(start());
+        auto *grid = child<gui::ListGrid>(QStringLiteral("Grid1"));
+        grid->setFocus();
+        grid->setCurrentIndex(grid->model()->index(0, 0));
+        m_root->selection().setCurrentIndex(grid->currentIndex());
+        QTest::keyClick(grid, Qt::Key_Return);
+        QTRY_VERIFY(m_root->map()->window() && m_root->map()->window()->isVisible());
+        m_root->map()->window()->close();
     }
 
     void rowMenuCaptions_data()

@@ -111,6 +111,10 @@ enum class TextId : int {
     ButtonCopyElsewhere,
     ButtonLeaveFile,
     CopyElsewhereTitle,
+    // The list's keyboard: what a delete or clear did, and its undo.
+    RowDeletedNote,
+    ListClearedNote,
+    UndoneNote,
     FileWriteFailed,
     // Start-up.
     LockOtherHost,

@@ -116,6 +116,9 @@ constexpr Builtin kEnglish[] = {
     {TextId::ButtonCopyElsewhere, u"&Keep a copy elsewhere\u2026"},
     {TextId::ButtonLeaveFile, u"&Leave the file as it is"},
     {TextId::CopyElsewhereTitle, u"Keep a copy of xxx"},
+    {TextId::RowDeletedNote, u"xxx deleted. Ctrl+Z in the list brings it back."},
+    {TextId::ListClearedNote, u"xxx cleared. Ctrl+Z in the list brings the rows back."},
+    {TextId::UndoneNote, u"Brought back: xxx"},
     {TextId::FileWriteFailed, u"xxx could not be written:\n???"},
     {TextId::LockOtherHost, u"The data folder is locked by Marvik on the computer \u201cxxx\u201d (process ???" u"). "
                             u"If Marvik is not running there with this folder, you can take the lock over.\n\n"

@@ -110,6 +110,7 @@ void CompositionRoot::wire()
     connect(m_listsController, &ListsController::note, &w->statusLine(), &StatusLine::note);
     connect(m_listsController, &ListsController::scrollToTop, w, &MainWindow::scrollToTop);
     connect(m_app, &AppController::alwaysOnTopChanged, w, &MainWindow::setAlwaysOnTop);
+    connect(w, &MainWindow::undoRequested, m_listsController, &ListsController::undo);
     connect(m_app, &AppController::sourceLabelChanged, w, &MainWindow::setSourceLabel);
     connect(m_app, &AppController::sourceLabelChanged, m_lookup, &LookupController::sourceChanged);
     connect(m_lookup, &LookupController::databaseCaptionChanged, w, &MainWindow::setDatabaseCaption);

@@ -288,6 +288,17 @@ void MainWindow::buildControls()
             if (mark->isEnabled())
                 mark->trigger();
         });
+        connect(grid, &ListGrid::rowActivated, this, &MainWindow::activateRow);
+        connect(grid, &ListGrid::rowMenuRequested, this, &MainWindow::openRowMenuFromKeyboard);
+        connect(grid, &ListGrid::deletePressed, this, &MainWindow::deleteFromKeyboard);
+        connect(grid, &ListGrid::undoPressed, this, &MainWindow::undoRequested);
+        connect(grid, &ListGrid::leaveRequested, this, &MainWindow::focusCallBox);
+        connect(grid, &ListGrid::currentRowChanged, this, [this, grid](int row) {
+            // Arrows and page keys move the row the commands act on; a
+            // click sets it at mouse-up, as it always did.
+            if (grid->hasFocus() && grid == this->grid(shownList()) && row >= 0)
+                m_selection.setCurrentIndex(grid->model()->index(row, 0));
+        });
         m_stack->addWidget(grid);
         m_grids[std::size_t(n - 1)] = grid;
     }
@@ -569,6 +580,86 @@ void MainWindow::gridMouseUp(Qt::MouseButton button, QPoint pos)
     m_txtCall->setFocus();
 }
 
+void MainWindow::focusGrid()
+{
+    ListGrid *g = grid(shownList());
+    const int rows = g->model() ? g->model()->rowCount() : 0;
+    if (rows > 0) {
+        int row = m_selection.currentRow();
+        if (row < 0 || row >= rows)
+            row = g->currentIndex().isValid() ? g->currentIndex().row() : 0;
+        g->setCurrentIndex(g->model()->index(row, 0));
+        g->selectRow(row);
+        m_selection.setCurrentIndex(g->currentIndex());
+    }
+    g->setFocus(Qt::ShortcutFocusReason);
+}
+
+int MainWindow::keyboardRow() const
+{
+    const ListGrid *g = grid(shownList());
+    const int rows = g->model() ? g->model()->rowCount() : 0;
+    if (rows == 0)
+        return -1;
+    return g->currentIndex().isValid() ? g->currentIndex().row() : 0;
+}
+
+void MainWindow::activateRow()
+{
+    if (keyboardRow() < 0)
+        return;
+    // The map when it can be drawn, else the picture.
+    for (const QString &name : {kMapCommand, QStringLiteral("mnuShowPic")}) {
+        QAction *a = m_commands.action(name);
+        m_commands.refresh();
+        if (a->isEnabled()) {
+            a->trigger();
+            return;
+        }
+    }
+}
+
+void MainWindow::openRowMenuFromKeyboard()
+{
+    ListGrid *g = grid(shownList());
+    const int row = keyboardRow();
+    m_commands.refresh();
+    if (row < 0) {
+        m_mnuPopup2->popup(g->viewport()->mapToGlobal(QPoint(0, 0)));
+        return;
+    }
+    g->setCurrentIndex(g->model()->index(row, 0));
+    g->selectRow(row);
+    m_selection.setCurrentIndex(g->currentIndex());
+    preparePopup(row);
+    const QRect cell = g->visualRect(g->model()->index(row, 0));
+    m_mnuPopup->popup(g->viewport()->mapToGlobal(cell.bottomLeft()));
+}
+
+void MainWindow::deleteFromKeyboard()
+{
+    const int row = keyboardRow();
+    if (row < 0)
+        return;
+    ListGrid *g = grid(shownList());
+    g->setCurrentIndex(g->model()->index(row, 0));
+    m_selection.setCurrentIndex(g->currentIndex());
+    QAction *del = m_commands.action(QStringLiteral("mnu3"));
+    m_commands.refresh();
+    if (!del->isEnabled())
+        return;
+    del->trigger();
+    // The keyboard stays in the list, on the row that took the deleted one's place.
+    const int rows = g->model()->rowCount();
+    if (rows > 0) {
+        const int next = std::min(row, rows - 1);
+        g->setCurrentIndex(g->model()->index(next, 0));
+        g->selectRow(next);
+        m_selection.setCurrentIndex(g->currentIndex());
+    }
+    g->setFocus(Qt::OtherFocusReason);
+}
+
 void MainWindow::preparePopup(int row)
 {
     const QString call = grid(shownList())->model()->index(row, 0).data().toString();
@@ -659,6 +750,13 @@ void MainWindow::keyPressEvent(QKeyEvent *event)
 {
     if (event->key() == Qt::Key_Escape && m_status->isBusy()) {
         emit cancelRequested();
+        event->accept();
+        return;
+    }
+    // F6, or Down in the callsign box: into the list, on the current row.
+    if ((event->key() == Qt::Key_F6 || (event->key() == Qt::Key_Down && m_txtCall->hasFocus()))
+        && event->modifiers() == Qt::NoModifier) {
+        focusGrid();
         event->accept();
         return;
     }

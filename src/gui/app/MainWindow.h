@@ -93,6 +93,8 @@ signals:
     void closing();
     /// The window has painted for the first time.
     void firstPaint();
+    /// Ctrl+Z in a list.
+    void undoRequested();
 
 protected:
     void closeEvent(QCloseEvent *event) override;
@@ -102,6 +104,12 @@ protected:
 
 private:
     void buildControls();
+    /// The list's keyboard: into the grid, Enter, the row menu, Delete.
+    void focusGrid();
+    int keyboardRow() const;
+    void activateRow();
+    void openRowMenuFromKeyboard();
+    void deleteFromKeyboard();
     void buildMenus();
     QMenu *addMenu(QMenu *parent, const QString &name);
     void relabel();

@@ -50,15 +50,34 @@ int ListGrid::fullyVisibleRows() const
     return h > 0 ? viewport()->height() / h : 0;
 }
 
+void ListGrid::currentChanged(const QModelIndex &current, const QModelIndex &previous)
+{
+    QTableView::currentChanged(current, previous);
+    emit currentRowChanged(current.isValid() ? current.row() : -1);
+}
+
 void ListGrid::keyPressEvent(QKeyEvent *event)
 {
+    const int key = event->key();
+    const Qt::KeyboardModifiers mods = event->modifiers() & ~Qt::KeypadModifier;
     // The view's own Space only selects the current row, which is selected already.
-    if (event->key() == Qt::Key_Space && event->modifiers() == Qt::NoModifier) {
+    if (key == Qt::Key_Space && mods == Qt::NoModifier) {
         emit spacePressed();
-        event->accept();
+    } else if ((key == Qt::Key_Return || key == Qt::Key_Enter) && mods == Qt::NoModifier) {
+        emit rowActivated();
+    } else if (key == Qt::Key_Menu || (key == Qt::Key_F10 && mods == Qt::ShiftModifier)) {
+        emit rowMenuRequested();
+    } else if (key == Qt::Key_Delete && mods == Qt::NoModifier) {
+        emit deletePressed();
+    } else if (event->matches(QKeySequence::Undo)) {
+        emit undoPressed();
+    } else if ((key == Qt::Key_F6 || key == Qt::Key_Escape) && mods == Qt::NoModifier) {
+        emit leaveRequested();
+    } else {
+        QTableView::keyPressEvent(event);
         return;
     }
-    QTableView::keyPressEvent(event);
+    event->accept();
 }
 
 void ListGrid::mouseReleaseEvent(QMouseEvent *event)

@@ -26,8 +26,21 @@ signals:
     void mouseUp(Qt::MouseButton button, QPoint pos);
     /// Space on the grid (without modifiers): the current row's paste mark.
     void spacePressed();
+    /// Enter or Return on the current row.
+    void rowActivated();
+    /// The Menu key or Shift+F10: the row menu for the current row.
+    void rowMenuRequested();
+    /// The Delete key on the current row.
+    void deletePressed();
+    /// Ctrl+Z: undo the last delete or clear.
+    void undoPressed();
+    /// F6 or Escape: back to the callsign box.
+    void leaveRequested();
+    /// The current row moved (keys, clicks, the program).
+    void currentRowChanged(int row);
 
 protected:
+    void currentChanged(const QModelIndex &current, const QModelIndex &previous) override;
     void keyPressEvent(QKeyEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
     void wheelEvent(QWheelEvent *event) override;

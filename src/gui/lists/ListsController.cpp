@@ -113,9 +113,31 @@ void ListsController::deleteRow()
     if (row < 0 || currentListBusy())
         return;
     const int list = m_selection.currentList();
+    const QString call = m_lists.model(list)->record(row)[Column::Callsign];
+    keepForUndo(list, call);
     lists::deleteRow(*m_lists.model(list), row);
     m_lists.changed(list);
+    emit note(m_texts.fill(TextId::RowDeletedNote, call));
     emit focusCallBox();
+}
+
+void ListsController::keepForUndo(int list, const QString &what)
+{
+    const lists::CallListModel &model = *m_lists.model(list);
+    m_undo = {list, {}, what};
+    m_undo.rows.reserve(model.rowCount());
+    for (int r = 0; r < model.rowCount(); ++r)
+        m_undo.rows.append(model.record(r));
+}
+
+void ListsController::undo()
+{
+    if (m_undo.list == 0 || m_lists.isReading())
+        return;
+    Undo undo = std::exchange(m_undo, {});
+    m_lists.model(undo.list)->setRecords(undo.rows);
+    m_lists.changed(undo.list);
+    emit note(m_texts.fill(TextId::UndoneNote, undo.what));
 }
 
 void ListsController::clearList()
@@ -126,9 +148,11 @@ void ListsController::clearList()
     const QString name = lists::nameBeforeParen(m_lists.chooserLine(list));
     if (!messages::question(m_parent, m_texts.fill(TextId::ClearListPrompt, name)))
         return;
+    keepForUndo(list, name.trimmed());
     // The file keeps its rows until the next save.
     m_lists.model(list)->clear();
     m_lists.countChanged(list);
+    emit note(m_texts.fill(TextId::ListClearedNote, name.trimmed()));
 }
 
 void ListsController::changeFirstName()

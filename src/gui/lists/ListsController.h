@@ -52,6 +52,8 @@ public:
     /// answer it themselves). Empty: the user cancelled.
     using AskPath = std::function<QString(const QString &title, const QString &suggested)>;
     void setAskPath(AskPath ask) { m_askPath = std::move(ask); }
+    /// Ctrl+Z in a list: the rows before the last delete or clear come back.
+    void undo();
 
 signals:
     /// A quiet note for the window's foot.
@@ -66,6 +68,8 @@ private:
     void deleteRow();
     void clearList();
     void changeFirstName();
+    /// Keeps list n's rows as they are, for undo.
+    void keepForUndo(int list, const QString &what);
     void changeListNames();
     void collectDamage(const lists::DamageReport &report);
     /// A list that must not be written: told plainly, and the user chooses.
@@ -82,6 +86,14 @@ private:
     QPointer<QWidget> m_parent;
     QStringList m_damage;
     QList<lists::DamageReport> m_guarded;
+    /// The rows a list held before its last delete or clear (one step).
+    struct Undo
+    {
+        int list = 0;
+        QList<lists::CallRecord> rows;
+        QString what;
+    };
+    Undo m_undo;
     BusyList m_busy;
     AskPath m_askPath;
 };

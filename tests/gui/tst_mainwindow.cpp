@@ -4,6 +4,7 @@
 #include "support/GuiTestUtil.h"
 
 #include "core/i18n/Texts.h"
+#include "gui/app/AppController.h"
 #include "gui/app/Commands.h"
 #include "gui/app/MainCommands.h"
 #include "gui/app/CompositionRoot.h"
@@ -34,6 +35,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QPlainTextEdit>
 #include <QMenuBar>
 #include <QPushButton>
 #include <QRadioButton>
@@ -867,6 +869,11 @@ private slots:
         QCOMPARE(answer.dialog().text, QStringLiteral("Marvik  3.12"));
         QCOMPARE(answer.dialog().title, QStringLiteral("Marvik"));
         QCOMPARE(answer.dialog().icon, QMessageBox::Information);
+        // The licence and the map data's credit, in a box wide enough for
+        // its title.
+        QVERIFY(answer.dialog().informative.contains(QStringLiteral("GNU General Public License")));
+        QVERIFY(answer.dialog().informative.contains(QStringLiteral("Natural Earth")));
+        QVERIFY2(answer.dialog().size.width() >= 320, qPrintable(QString::number(answer.dialog().size.width())));
 
         QUrl opened;
         UrlCatcher catcher(&opened);
@@ -876,6 +883,20 @@ private slots:
         QVERIFY(opened.isLocalFile());
         QCOMPARE(QFileInfo(opened.toLocalFile()).fileName(), QStringLiteral("Help.txt"));
         QVERIFY(readAll(opened.toLocalFile()).contains("Marvik"));
+
+        // No desktop viewer for text files: Marvik's own reading window.
+        m_root->app()->setFileOpener([](const QUrl &) { return false; });
+        child<QAction>(QStringLiteral("mnuHelp"))->trigger();
+        QPlainTextEdit *help = nullptr;
+        for (QWidget *w : QApplication::topLevelWidgets()) {
+            if (w->objectName() == u"frmHelp" && w->isVisible())
+                help = qobject_cast<QPlainTextEdit *>(w);
+        }
+        QVERIFY(help);
+        QVERIFY(help->isReadOnly());
+        QVERIFY(help->toPlainText().contains(QStringLiteral("Marvik")));
+        QCOMPARE(help->windowTitle(), QStringLiteral("Marvik Help"));
+        help->close();
     }
 
     // A whole new set of texts at run time relabels every caption that comes

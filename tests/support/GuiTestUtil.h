@@ -23,6 +23,8 @@ struct SeenDialog
     QString text;
     QMessageBox::Icon icon = QMessageBox::NoIcon;
     QMessageBox::StandardButtons buttons;
+    QString informative; ///< a message box's informative text
+    QSize size;          ///< the dialog's size as shown
 };
 
 /// Watches for the next modal dialog and answers it: a message box by the
@@ -50,10 +52,12 @@ private:
         m_timer.stop();
         m_seen.seen = true;
         m_seen.title = w->windowTitle();
+        m_seen.size = w->size();
         if (auto *box = qobject_cast<QMessageBox *>(w)) {
             m_seen.text = box->text();
             m_seen.icon = box->icon();
             m_seen.buttons = box->standardButtons();
+            m_seen.informative = box->informativeText();
             box->done(m_button);
         } else if (auto *input = qobject_cast<QInputDialog *>(w)) {
             m_seen.text = input->labelText();

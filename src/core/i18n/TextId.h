@@ -115,6 +115,9 @@ enum class TextId : int {
     RowDeletedNote,
     ListClearedNote,
     UndoneNote,
+    // Help and About.
+    AboutDetails,
+    HelpWindowTitle,
     FileWriteFailed,
     // Start-up.
     LockOtherHost,

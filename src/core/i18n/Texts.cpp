@@ -119,6 +119,14 @@ constexpr Builtin kEnglish[] = {
     {TextId::RowDeletedNote, u"xxx deleted. Ctrl+Z in the list brings it back."},
     {TextId::ListClearedNote, u"xxx cleared. Ctrl+Z in the list brings the rows back."},
     {TextId::UndoneNote, u"Brought back: xxx"},
+    {TextId::AboutDetails,
+     u"Callsign lists, callbook look-ups, maps and views for picture exchanges with EasyPal.<br><br>"
+     u"Free software under the GNU General Public License, version 3 or later; it comes with "
+     u"ABSOLUTELY NO WARRANTY.<br><br>"
+     u"Maps made from Natural Earth data (public domain, naturalearthdata.com). "
+     u"Station data from the callbooks you choose: eHam.net, QRZ.com, QRZCQ, HamQTH, Callook and HamCall. "
+     u"Built with Qt xxx."},
+    {TextId::HelpWindowTitle, u"Marvik Help"},
     {TextId::FileWriteFailed, u"xxx could not be written:\n???"},
     {TextId::LockOtherHost, u"The data folder is locked by Marvik on the computer \u201cxxx\u201d (process ???" u"). "
                             u"If Marvik is not running there with this folder, you can take the lock over.\n\n"

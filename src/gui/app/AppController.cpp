@@ -5,6 +5,7 @@
 #include "core/app/DataFolder.h"
 #include "core/app/Log.h"
 #include "core/app/Session.h"
+#include "core/app/TextCodec.h"
 #include "core/i18n/LanguageFile.h"
 #include "core/i18n/Texts.h"
 #include "gui/app/Commands.h"
@@ -14,7 +15,9 @@
 #include <QAction>
 #include <QDesktopServices>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
+#include <QPlainTextEdit>
 #include <QUrl>
 
 #include <algorithm>
@@ -51,6 +54,11 @@ AppController::AppController(app::Session &session, i18n::CurrentTexts &texts, C
     }
     for (const char *name : {"mnuOnTop", "mnuHelp", "mnuAbout"})
         commands.provide(QLatin1String(name));
+}
+
+AppController::~AppController()
+{
+    delete m_help.data();
 }
 
 QString AppController::sourceLabel() const
@@ -121,14 +129,34 @@ void AppController::toggleOnTop()
 void AppController::showHelp()
 {
     const QString path = app::shareFolder() + QStringLiteral("/Help.txt");
-    if (QFileInfo::exists(path) && QDesktopServices::openUrl(QUrl::fromLocalFile(path)))
+    const QUrl url = QUrl::fromLocalFile(path);
+    if (QFileInfo::exists(path) && (m_openFile ? m_openFile(url) : QDesktopServices::openUrl(url)))
         return;
-    messages::exclamation(m_parent, m_texts.fill(TextId::HelpMissing, QDir::toNativeSeparators(path)));
+    // Without a desktop viewer for text files: a reading window of our own.
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        messages::exclamation(m_parent, m_texts.fill(TextId::HelpMissing, QDir::toNativeSeparators(path)));
+        return;
+    }
+    if (!m_help) {
+        m_help = new QPlainTextEdit;
+        m_help->setObjectName(QStringLiteral("frmHelp"));
+        m_help->setAttribute(Qt::WA_DeleteOnClose);
+        m_help->setReadOnly(true);
+        m_help->setLineWrapMode(QPlainTextEdit::WidgetWidth);
+        m_help->resize(m_help->fontMetrics().horizontalAdvance(QLatin1Char('x')) * 84, 520);
+    }
+    m_help->setWindowTitle(m_texts[TextId::HelpWindowTitle]);
+    m_help->setPlainText(app::decodeTextFile(file.readAll()));
+    m_help->show();
+    m_help->raise();
+    m_help->activateWindow();
 }
 
 void AppController::showAbout()
 {
-    messages::information(m_parent, QString::fromUtf16(app::kVersionText));
+    messages::about(m_parent, QString::fromUtf16(app::kVersionText),
+                    m_texts.fill(TextId::AboutDetails, QString::fromLatin1(qVersion())));
 }
 
 } // namespace marvik::gui

@@ -4,8 +4,11 @@
 #include "core/lookup/Sources.h"
 
 #include <QObject>
+#include <QUrl>
 #include <QPointer>
 #include <QWidget>
+
+#include <functional>
 
 
 namespace marvik::app {
@@ -14,6 +17,8 @@ class Session;
 namespace marvik::i18n {
 class CurrentTexts;
 }
+
+class QPlainTextEdit;
 
 namespace marvik::gui {
 
@@ -28,6 +33,7 @@ class AppController : public QObject
 public:
     AppController(app::Session &session, i18n::CurrentTexts &texts, Commands &commands, QWidget *dialogParent,
                   QObject *parent = nullptr);
+    ~AppController() override;
 
     /// Start-up step 11: checks the default source in both menus and makes
     /// it the current one.
@@ -36,6 +42,9 @@ public:
     /// the configured language over the current texts, checks its menu
     /// item, and tells the user when the file cannot be used.
     void loadLanguage();
+    /// Opens a file in the desktop's viewer (tests stand in for the desktop).
+    using OpenFile = std::function<bool(const QUrl &)>;
+    void setFileOpener(OpenFile open) { m_openFile = std::move(open); }
     /// The label the Database menu shows for the current source.
     QString sourceLabel() const;
 
@@ -57,6 +66,8 @@ private:
     app::Session &m_session;
     i18n::CurrentTexts &m_texts;
     Commands &m_commands;
+    QPointer<QPlainTextEdit> m_help;
+    OpenFile m_openFile;
     QPointer<QWidget> m_parent;
 };
 

@@ -73,6 +73,7 @@ public:
     /// Null when no cache could be opened in the data folder.
     lookup::LookupCache *lookupCache() const { return m_cache.get(); }
     ListsController *listsController() const { return m_listsController; }
+    AppController *app() const { return m_app; }
     MapController *map() const { return m_map; }
     DialogsController *dialogs() const { return m_dialogs; }
     LogsController *logs() const { return m_logs; }

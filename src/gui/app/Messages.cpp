@@ -6,6 +6,8 @@
 #include <QPushButton>
 #include <QQueue>
 
+#include <algorithm>
+
 namespace marvik::gui::messages {
 
 namespace {
@@ -46,6 +48,21 @@ void showBox(QWidget *parent, QMessageBox::Icon icon, Shown::Kind kind, const QS
 void information(QWidget *parent, const QString &text)
 {
     showBox(parent, QMessageBox::Information, Shown::Kind::Information, text);
+}
+
+void about(QWidget *parent, const QString &text, const QString &details)
+{
+    if (scripted(Shown{Shown::Kind::Information, kTitle, text, {}, true, {}}))
+        return;
+    QMessageBox box(QMessageBox::Information, kTitle, text, QMessageBox::Ok, parent);
+    box.setTextFormat(Qt::PlainText);
+    box.setInformativeText(details);
+    box.setTextInteractionFlags(Qt::TextBrowserInteraction);
+    // A message box sizes itself to its text alone; its title and the
+    // frame's buttons need room too.
+    const int titleWidth = box.fontMetrics().horizontalAdvance(kTitle) * 3;
+    box.setStyleSheet(QStringLiteral("QLabel { min-width: %1px; }").arg(std::max(titleWidth, 320)));
+    box.exec();
 }
 
 void exclamation(QWidget *parent, const QString &text)

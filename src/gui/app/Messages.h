@@ -18,6 +18,10 @@ namespace messages {
 
 void information(QWidget *parent, const QString &text);
 void exclamation(QWidget *parent, const QString &text);
+/// The About box: `text` as the information box shows it, `details` (rich
+/// text: the licence and the credits) beneath, the box wide enough for its
+/// title and lines.
+void about(QWidget *parent, const QString &text, const QString &details);
 /// A yes/no question with the exclamation icon; `defaultYes` false makes No
 /// the button Enter presses. True for Yes.
 bool question(QWidget *parent, const QString &text, bool defaultYes = false);

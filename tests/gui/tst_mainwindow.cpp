@@ -35,6 +35,8 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QPainter>
+#include <QStyleOptionViewItem>
 #include <QPlainTextEdit>
 #include <QMenuBar>
 #include <QPushButton>
@@ -549,6 +551,42 @@ private slots:
         QTest::keyClick(grid, Qt::Key_Return);
         QTRY_VERIFY(m_root->map()->window() && m_root->map()->window()->isVisible());
         m_root->map()->window()->close();
+    }
+
+    void thumbnailsAreSharpAtEveryScale_data()
+    {
+        QTest::addColumn<qreal>("scale");
+        QTest::addColumn<QColor>("drawn");
+        // The stored thumbnail is green, the picture behind it blue: which
+        // one the cell shows says where its pixels came from.
+        QTest::newRow("100%") << qreal(1.0) << QColor(Qt::darkGreen);
+        QTest::newRow("200%") << qreal(2.0) << QColor(Qt::blue);
+        QTest::newRow("150%") << qreal(1.5) << QColor(Qt::blue);
+    }
+    void thumbnailsAreSharpAtEveryScale()
+    {
+        QFETCH(qreal, scale);
+        QFETCH(QColor, drawn);
+        QImage picture(96, 64, QImage::Format_RGB32);
+        picture.fill(Qt::blue);
+        QVERIFY(picture.save(file(QStringLiteral("Images/DL1ABC.jpg")), "PNG"));
+        QVERIFY(start());
+        auto *grid = child<gui::ListGrid>(QStringLiteral("Grid1"));
+        const QModelIndex cellIndex = grid->model()->index(callsigns(1).indexOf(u"DL1ABC"_qs), 1);
+        QVERIFY(cellIndex.isValid());
+        QImage canvas(QSize(100, 19) * scale, QImage::Format_ARGB32);
+        canvas.setDevicePixelRatio(scale);
+        canvas.fill(Qt::white);
+        {
+            QPainter painter(&canvas);
+            QStyleOptionViewItem option;
+            option.initFrom(grid);
+            option.rect = QRect(0, 0, 100, 19);
+            grid->itemDelegate()->paint(&painter, option, cellIndex);
+        }
+        // The middle of the thumbnail, at the cell's right end.
+        const QColor seen = canvas.pixelColor(QPoint(100 - 12, 9) * scale);
+        QCOMPARE(seen.name(), drawn.name());
     }
 
     void rowMenuCaptions_data()

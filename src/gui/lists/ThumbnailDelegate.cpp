@@ -2,6 +2,7 @@
 #include "gui/lists/ThumbnailDelegate.h"
 
 #include "core/lists/CallListModel.h"
+#include "core/lists/Thumbnails.h"
 
 #include <QImage>
 #include <QPainter>
@@ -32,13 +33,23 @@ void ThumbnailDelegate::paint(QPainter *painter, const QStyleOptionViewItem &opt
         painter->fillRect(opt.rect, opt.palette.highlight());
     }
 
-    const QImage thumb = index.data(lists::CallListModel::ThumbnailRole).value<QImage>();
+    QImage thumb = index.data(lists::CallListModel::ThumbnailRole).value<QImage>();
     QRect picture;
     if (!thumb.isNull() && thumb.height() > 0) {
         const int h = std::min(kThumbnailHeight, opt.rect.height());
         const int w = std::min(opt.rect.width() / 2, thumb.width() * h / thumb.height());
         picture = QRect(opt.rect.right() - w - 1, opt.rect.top() + (opt.rect.height() - h) / 2, w, h);
         opt.rect.setRight(picture.left() - 2);
+        // The stored thumbnail is 16 pixels high; on a screen of a higher
+        // scale it is drawn from the picture behind it, decoded to the
+        // device pixels the cell has (both kept in the shared cache).
+        const qreal scale = painter->device() ? painter->device()->devicePixelRatioF() : 1.0;
+        if (scale > 1.0 || thumb.height() < h) {
+            const QString full = index.data(lists::CallListModel::PicturePathRole).toString();
+            const QImage sharp = full.isEmpty() ? QImage() : lists::thumbnailCache::image(full, qRound(h * scale));
+            if (!sharp.isNull())
+                thumb = sharp;
+        }
     }
     QStyledItemDelegate::paint(painter, opt, index);
     if (!picture.isNull()) {

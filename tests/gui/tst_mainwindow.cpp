@@ -1007,12 +1007,29 @@ private slots:
             auto *box = dialog->findChild<QLineEdit *>(QStringLiteral("txtListName2"));
             QCOMPARE(box->text(), QStringLiteral("Europe"));
             box->setText(QStringLiteral("EU"));
+            // An emptied box: the list gets the name a list without one gets.
+            dialog->findChild<QLineEdit *>(QStringLiteral("txtListName0"))->setText(QStringLiteral("  "));
             QTest::mouseClick(dialog->findChild<QPushButton *>(QStringLiteral("cmdClose")), Qt::LeftButton);
         });
         child<QAction>(QStringLiteral("mnuNames"))->trigger();
         QCOMPARE(child<QComboBox>(QStringLiteral("cboList"))->itemText(2), QStringLiteral(" EU  (0)"));
+        QCOMPARE(child<QComboBox>(QStringLiteral("cboList"))->itemText(0), QStringLiteral(" List 1  (4)"));
+        // Cancel, and Escape, change nothing.
+        for (const bool escape : {false, true}) {
+            QTimer::singleShot(50, this, [escape] {
+                auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget());
+                QVERIFY(dialog);
+                dialog->findChild<QLineEdit *>(QStringLiteral("txtListName2"))->setText(QStringLiteral("Lost"));
+                if (escape)
+                    QTest::keyClick(dialog, Qt::Key_Escape);
+                else
+                    QTest::mouseClick(dialog->findChild<QPushButton *>(QStringLiteral("cmdCancel")), Qt::LeftButton);
+            });
+            child<QAction>(QStringLiteral("mnuNames"))->trigger();
+            QCOMPARE(child<QComboBox>(QStringLiteral("cboList"))->itemText(2), QStringLiteral(" EU  (0)"));
+        }
         m_window->close();
-        QVERIFY(readAll(file(QStringLiteral("Marvik.cfg"))).contains("DX\r\nList 2\r\nEU\r\nxxx list\r\n"));
+        QVERIFY(readAll(file(QStringLiteral("Marvik.cfg"))).contains("List 1\r\nList 2\r\nEU\r\nxxx list\r\n"));
     }
 
 };

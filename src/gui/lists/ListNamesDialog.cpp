@@ -2,9 +2,12 @@
 #include "gui/lists/ListNamesDialog.h"
 
 #include "core/i18n/Texts.h"
+#include "gui/dialogs/DialogButtons.h"
+#include "gui/widgets/ChameleonButton.h"
 
 #include <QFormLayout>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -23,17 +26,37 @@ ListNamesDialog::ListNamesDialog(const QStringList &names, const i18n::CurrentTe
         form->addRow(QString::number(i + 1), box);
         m_boxes.append(box);
     }
-    auto *close = new QPushButton(texts[i18n::TextId::ButtonClose], this);
-    close->setObjectName(QStringLiteral("cmdClose"));
+    ChameleonButton *close = dialogButton(QStringLiteral("cmdClose"), this);
+    close->setCaption(texts[i18n::TextId::ButtonClose]);
     close->setDefault(true);
     connect(close, &QPushButton::clicked, this, &QDialog::accept);
+    // Cancel (and Escape) leaves every name as it was.
+    ChameleonButton *cancel = dialogButton(QStringLiteral("cmdCancel"), this);
+    cancel->setCaption(texts[i18n::TextId::ButtonCancel]);
+    connect(cancel, &QPushButton::clicked, this, &ListNamesDialog::cancel);
     auto *buttons = new QHBoxLayout;
     buttons->addStretch();
     buttons->addWidget(close);
+    buttons->addWidget(cancel);
     auto *layout = new QVBoxLayout(this);
     layout->addLayout(form);
     layout->addLayout(buttons);
     setMinimumWidth(280);
+}
+
+void ListNamesDialog::cancel()
+{
+    m_cancelled = true;
+    reject();
+}
+
+void ListNamesDialog::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Escape && event->modifiers() == Qt::NoModifier) {
+        cancel();
+        return;
+    }
+    QDialog::keyPressEvent(event);
 }
 
 QStringList ListNamesDialog::names() const

@@ -22,9 +22,17 @@ public:
 
     /// The five names as the boxes hold them now.
     QStringList names() const;
+    /// Cancel or Escape ended it; any other close keeps the boxes' names.
+    bool cancelled() const { return m_cancelled; }
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
 
 private:
+    void cancel();
+
     QList<QLineEdit *> m_boxes;
+    bool m_cancelled = false;
 };
 
 } // namespace marvik::gui

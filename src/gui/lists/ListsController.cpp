@@ -177,11 +177,18 @@ void ListsController::changeListNames()
     for (const QString &name : m_session.settings().listNames)
         names.append(name);
     ListNamesDialog dialog(names, m_texts, m_parent);
-    dialog.exec();
-    // Closed any way at all, the boxes give the names.
+    // Close, Enter or the window's own close button give the boxes' names;
+    // Cancel and Escape leave them as they were.
+    if (dialog.exec() == QDialog::Rejected && dialog.cancelled())
+        return;
     const QStringList changed = dialog.names();
     for (int n = 1; n <= lists::kListCount; ++n) {
-        m_session.settings().listNames[std::size_t(n - 1)] = changed.value(n - 1);
+        // A list is never left without a name: an emptied box gives the
+        // name a list without one gets at start-up.
+        QString name = changed.value(n - 1);
+        if (name.trimmed().isEmpty())
+            name = lists::defaultListName(m_texts[TextId::ListWord], n);
+        m_session.settings().listNames[std::size_t(n - 1)] = name;
         m_lists.countChanged(n);
     }
 }

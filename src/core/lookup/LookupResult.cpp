@@ -89,7 +89,8 @@ void writeLookupResult(lists::CallRecord &row, bool existing, const QString &cal
     // put around their values.
     const QString fullName = result.name.trimmed();
     QString country = result.country.trimmed();
-    if (country == u"UNITED STATES")
+    // QRZ writes "UNITED STATES", eHam "United States": both are USA.
+    if (country.compare(u"UNITED STATES", Qt::CaseInsensitive) == 0)
         country = QStringLiteral("USA");
 
     if (!existing) {

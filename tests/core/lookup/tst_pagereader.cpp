@@ -372,6 +372,16 @@ void TestPageReader::writeResult()
     QCOMPARE(fresh[lists::Column::Address], u"225 Main St"_qs);
     QCOMPARE(fresh[lists::Column::City], u"Newington, CT 06111"_qs);
     QCOMPARE(fresh[lists::Column::Country], u"USA"_qs);
+    // eHam's spelling; other countries stay as written.
+    for (const auto &[given, stored] : {std::pair{u"United States"_qs, u"USA"_qs},
+                                        std::pair{u"United Kingdom"_qs, u"United Kingdom"_qs},
+                                        std::pair{u"United States Virgin Islands"_qs, u"United States Virgin Islands"_qs}}) {
+        LookupResult other = r;
+        other.country = given;
+        CallRecord row;
+        writeLookupResult(row, false, u"W1AW"_qs, other, me, now);
+        QCOMPARE(row[lists::Column::Country], stored);
+    }
     QCOMPARE(fresh[lists::Column::Latitude], u"41.714775"_qs);
     QCOMPARE(fresh[lists::Column::Longitude], u"-72.7"_qs);
     QCOMPARE(fresh[lists::Column::TimeStamp], u"20240309070503"_qs);

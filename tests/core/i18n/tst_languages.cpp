@@ -113,6 +113,8 @@ private slots:
     void accessKeysDoNotClash();
     void captionsFitTheirPlaces_data();
     void captionsFitTheirPlaces();
+    void ownTextsFollowTheLanguage_data();
+    void ownTextsFollowTheLanguage();
 };
 
 void TestLanguages::versionLine_data()
@@ -196,11 +198,15 @@ void TestLanguages::fileText()
     QFETCH(QString, text);
     QFETCH(int, outcome);
     Texts current = Texts::english();
-    current[TextId::HeadingCallsign] = u"Indicativo"_qs; // Marvik's own texts are not the file's
+    current[TextId::HeadingCallsign] = u"Rufz."_qs; // left from the language shown before
     const LanguageLoad load = readLanguageText(text, 1, current);
     QCOMPARE(int(load.outcome), outcome);
     if (load.loaded()) {
-        QCOMPARE(load.texts, numberedTexts(current));
+        // The file's 57 values, and Marvik's own texts in Spanish.
+        Texts expected = numberedTexts(current);
+        applyOwnTexts(expected, 1);
+        QCOMPARE(load.texts, expected);
+        QCOMPARE(load.texts[TextId::HeadingCallsign], u"Indicativo"_qs);
         QVERIFY(load.message.isEmpty());
     } else {
         QCOMPARE(load.texts, withEnglishNames(current));
@@ -258,6 +264,7 @@ void TestLanguages::failedLoadKeepsTheTexts()
     const LanguageLoad failed = readLanguageText(u"no version line"_qs, 3, german.texts);
     QCOMPARE(failed.outcome, Outcome::WrongVersion);
     QCOMPARE(failed.texts[TextId::MenuDatabase], u"Datenbank"_qs);
+    QCOMPARE(failed.texts[TextId::HeadingFirstName], u"Vorname"_qs);
     QCOMPARE(failed.texts[TextId::LanguageGerman], u"German"_qs);
     QCOMPARE(failed.texts, withEnglishNames(german.texts));
 }
@@ -319,6 +326,7 @@ void TestLanguages::shippedFiles()
     QFETCH(QString, notFound);
     QFETCH(QString, ownName);
     QFETCH(QString, listWord);
+    QFETCH(QString, firstName);
     const Texts english = Texts::english();
     const QString path = kShippedLanguages + u'/' + languageInfo(language).fileName;
     const LanguageLoad load = loadLanguageFile(path, language, english);
@@ -331,6 +339,7 @@ void TestLanguages::shippedFiles()
     QCOMPARE(t[TextId::NotFound], notFound);
     QCOMPARE(t[TextId(int(TextId::LanguageEnglish) + language)], ownName);
     QCOMPARE(t[TextId::ListWord], listWord);
+    QCOMPARE(t[TextId::HeadingFirstName], firstName);
 
     const QStringList placeholders {u"xxx"_qs, u"???"_qs};
     for (int i = 0; i < kLanguageFileValues; ++i) {
@@ -343,9 +352,13 @@ void TestLanguages::shippedFiles()
                 qPrintable(u"value %1 \"%2\" lost or gained %3"_qs.arg(i).arg(t[id], p)));
         }
     }
-    // The texts after the file's 57 are the program's own and stay.
+    // The texts after the file's 57 are the program's own, in the file's
+    // language.
+    Texts own = english;
+    for (const OwnText &o : ownTranslation(language))
+        own[o.id] = QString::fromUtf16(o.text);
     for (int i = kLanguageFileValues; i < kTextCount; ++i)
-        QCOMPARE(t[TextId(i)], english[TextId(i)]);
+        QCOMPARE(t[TextId(i)], own[TextId(i)]);
     // Choosing the same language again gives the same texts.
     QCOMPARE(loadLanguageFile(path, language, t).texts, t);
 }
@@ -547,6 +560,46 @@ void TestLanguages::captionsFitTheirPlaces()
         const int width = metrics.horizontalAdvance(texts[id]);
         QVERIFY2(width <= room, qPrintable(u"\"%1\" is %2 pixels wide, %3 fit"_qs.arg(texts[id]).arg(width).arg(room)));
     }
+}
+
+void TestLanguages::ownTextsFollowTheLanguage_data()
+{
+    QTest::addColumn<int>("language");
+    QTest::addColumn<QString>("firstName");
+    QTest::newRow("Spanish") << 1 << u"Nombre"_qs;
+    QTest::newRow("German") << 2 << u"Vorname"_qs;
+    QTest::newRow("French") << 3 << u"Pr\u00e9nom"_qs;
+    QTest::newRow("Dutch") << 4 << u"Voornaam"_qs;
+}
+
+void TestLanguages::ownTextsFollowTheLanguage()
+{
+    QFETCH(int, language);
+    QFETCH(QString, firstName);
+    const Texts english = Texts::english();
+    const auto shipped = [](int l) -> QString { return kShippedLanguages + u'/' + languageInfo(l).fileName; };
+
+    const LanguageLoad chosen = loadLanguageFile(shipped(language), language, english);
+    QVERIFY(chosen.loaded());
+    QCOMPARE(chosen.texts[TextId::HeadingFirstName], firstName);
+
+    // A file that cannot be used changes none of them, whichever language
+    // it was for: English that is too short, another language that is gone.
+    const LanguageLoad shortEnglish = readLanguageText(numberedFile(kTag, 3).join(u"\r\n"_qs), 0, chosen.texts);
+    QCOMPARE(shortEnglish.outcome, Outcome::MissingOrCorrupt);
+    const int other = language % 4 + 1;
+    const LanguageLoad missing = loadLanguageFile(kShippedLanguages + u"/gone.Language"_qs, other, chosen.texts);
+    QCOMPARE(missing.outcome, Outcome::MissingOrCorrupt);
+    for (int i = kLanguageFileValues; i < kTextCount; ++i) {
+        QCOMPARE(shortEnglish.texts[TextId(i)], chosen.texts[TextId(i)]);
+        QCOMPARE(missing.texts[TextId(i)], chosen.texts[TextId(i)]);
+    }
+
+    // English brings every one of them back.
+    const LanguageLoad back = loadLanguageFile(shipped(0), 0, shortEnglish.texts);
+    QVERIFY(back.loaded());
+    QCOMPARE(back.texts[TextId::HeadingFirstName], u"First name"_qs);
+    QCOMPARE(back.texts, english);
 }
 
 QTEST_MAIN(TestLanguages)

@@ -225,8 +225,9 @@ constexpr OwnText kGerman[] = {
                          u"aufbewahrt ist. Sie können Platz schaffen und es erneut versuchen, eine Kopie anderswo "
                          u"ablegen oder die Datei unverändert lassen (Änderungen an dieser Liste werden dann nicht "
                          u"gespeichert)."},
-    {TextId::ListUnreadableGuard, u"Marvik zeigt diese Liste leer an und schreibt ihre Datei nicht, damit sie bleibt, "
-                                  u"wie sie ist. Machen Sie die Datei lesbar und wählen Sie dann „Erneut versuchen“."},
+    {TextId::ListUnreadableGuard, u"Marvik zeigt diese Liste leer an und schreibt ihre Datei nicht, damit die Datei "
+                                  u"bleibt, wie sie ist. Machen Sie die Datei lesbar und wählen Sie dann „Erneut "
+                                  u"versuchen“."},
     {TextId::ListNotSaved, u"xxx wird nicht gespeichert: Die Datei wurde nicht vollständig gelesen, und Marvik lässt "
                            u"sie unverändert."},
     {TextId::ListWritableAgain, u"xxx: Die ganze Datei wurde als ??? aufbewahrt. Die Liste wird ab jetzt wieder "
@@ -241,7 +242,8 @@ constexpr OwnText kGerman[] = {
                             u"Sperre übernehmen und Marvik starten?"},
     {TextId::FolderUnusable, u"Der Datenordner xxx ist nicht verwendbar: ???"},
     {TextId::FolderReadOnly, u"In den Datenordner xxx kann nicht geschrieben werden. Marvik läuft, aber Änderungen "
-                             u"an Ihren Listen und Einstellungen können erst gespeichert werden, wenn das wieder geht."},
+                             u"an Ihren Listen und Einstellungen können erst gespeichert werden, wenn das wieder "
+                             u"geht."},
     {TextId::ConfigKept, u"xxx war keine Einstellungsdatei von Marvik. Eine Kopie wurde als ??? aufbewahrt; Marvik "
                          u"startet mit den Standardeinstellungen und schreibt beim Beenden eine neue Datei."},
     {TextId::ConfigUnreadable, u"xxx konnte nicht gelesen werden: ???. Marvik startet mit den Standardeinstellungen."},
@@ -288,7 +290,7 @@ constexpr OwnText kGerman[] = {
     {TextId::ButtonDown, u"Nach &unten"},
     {TextId::CacheTitle, u"Abfrage-Cache"},
     {TextId::CacheFreshDays, u"Ergebnisse aus dem Cache gelten (Tage):"},
-    {TextId::CacheMaxEntries, u"Höchstens aufbewahrte Ergebnisse:"},
+    {TextId::CacheMaxEntries, u"Höchstzahl gespeicherter Ergebnisse:"},
     {TextId::CacheCount, u"xxx Ergebnisse im Cache"},
     {TextId::ButtonClearCache, u"Cache &leeren"},
     {TextId::ButtonOk, u"OK"},
@@ -304,8 +306,8 @@ constexpr OwnText kGerman[] = {
     {TextId::FieldLongitude, u"Länge"},
     {TextId::InLists, u"xxx steht in Liste ???"},
     {TextId::SetupFromLocator, u"Aus QTH-Locator"},
-    {TextId::SetupLocatorHint, u"Einen sechsstelligen Locator wie JO62qm eingeben: Die Position wird die Mitte "
-                               u"seines Feldes."},
+    {TextId::SetupLocatorHint, u"Einen sechsstelligen Locator wie JO62qm eingeben: Die Position wird auf die "
+                               u"Mitte seines Feldes gesetzt."},
     {TextId::SetupNotFound, u"Nicht gefunden"},
     {TextId::SetupLoginRequired, u"Anmeldung nötig"},
     {TextId::NewVersionQuestion, u"Eine neue Version von Marvik ist erschienen: xxx.\nMöchten Sie die Download-Seite "
@@ -496,8 +498,8 @@ constexpr OwnText kFrench[] = {
                                u"centre de son carré."},
     {TextId::SetupNotFound, u"Introuvable"},
     {TextId::SetupLoginRequired, u"Connexion requise"},
-    {TextId::NewVersionQuestion, u"Une nouvelle version de Marvik est sortie\u00a0: xxx.\nVoulez-vous ouvrir la page de "
-                                 u"téléchargement\u00a0?"},
+    {TextId::NewVersionQuestion, u"Une nouvelle version de Marvik est sortie\u00a0: xxx.\nVoulez-vous ouvrir la "
+                                 u"page de téléchargement\u00a0?"},
     {TextId::ButtonYes, u"&Oui"},
     {TextId::ButtonNo, u"&Non"},
 

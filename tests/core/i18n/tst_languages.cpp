@@ -488,7 +488,8 @@ void TestLanguages::ownTranslations()
         QVERIFY2(!text.isEmpty(), what.constData());
         QVERIFY2(text == text.trimmed(), what.constData());
         for (const QString &k : kept)
-            QVERIFY2(text.count(k) == en.count(k), QByteArray(what + " has another number of " + k.toUtf8()).constData());
+            QVERIFY2(text.count(k) == en.count(k),
+                QByteArray(what + " has another number of " + k.toUtf8()).constData());
         QVERIFY2(text.endsWith(u'\u2026') == en.endsWith(u'\u2026'), what.constData());
         QVERIFY2(text.count(marker) == en.count(marker), what.constData());
         const qsizetype key = text.indexOf(u'&');

@@ -16,6 +16,7 @@ test_packages=(
   xvfb xauth openbox xdotool poppler-utils fonts-liberation imagemagick
   dbus-daemon gnome-keyring
   tzdata
+  fonts-dejavu-core  # the translated headings are measured in the default desktop font
 )
 
 want=("${packages[@]}")

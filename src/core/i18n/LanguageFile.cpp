@@ -5,6 +5,7 @@
 #include "core/app/DataFolder.h"
 #include "core/app/Log.h"
 #include "core/app/TextFile.h"
+#include "core/i18n/OwnTexts.h"
 
 #include <QStringList>
 
@@ -109,6 +110,9 @@ LanguageLoad readLanguageText(QStringView text, int language, const Texts &curre
             QStringLiteral("%1 of %2 values").arg(lines.size() - 1).arg(kLanguageFileValues));
     for (int i = 0; i < kLanguageFileValues; ++i)
         load.texts[TextId(i)] = lineValue(lines[i + 1]);
+    // Marvik's own texts follow the file that loaded, so the headings and
+    // dialogs change language with the menus, and English brings them back.
+    applyOwnTexts(load.texts, language);
     load.outcome = LanguageLoad::Outcome::Loaded;
     return load;
 }

@@ -50,7 +50,8 @@ struct LanguageLoad
     Outcome outcome = Outcome::MissingOrCorrupt;
     /// The texts to put in place whatever the outcome: the set the load began
     /// from with its five language names back in English (that much happens
-    /// before the file is opened) and, when loaded, the 57 values of the file.
+    /// before the file is opened) and, when loaded, the 57 values of the file
+    /// and Marvik's own texts in its language (see OwnTexts.h).
     Texts texts;
     /// Unless loaded: the message to show (title "Marvik", exclamation icon),
     /// in the language that was asked for.

@@ -4,10 +4,16 @@
 #include "core/app/TextCodec.h"
 #include "core/app/TextFile.h"
 #include "core/i18n/LanguageFile.h"
+#include "core/i18n/OwnTexts.h"
 #include "support/TestFiles.h"
 
 #include <QDir>
 #include <QFile>
+#include <QFont>
+#include <QFontInfo>
+#include <QFontMetrics>
+#include <QHash>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -58,6 +64,25 @@ Texts withEnglishNames(Texts texts)
     return texts;
 }
 
+// Marvik's own texts in `language`, over the English set.
+Texts withOwnTexts(int language)
+{
+    Texts texts = Texts::english();
+    applyOwnTexts(texts, language);
+    return texts;
+}
+
+void addLanguageRows(bool withEnglish)
+{
+    QTest::addColumn<int>("language");
+    if (withEnglish)
+        QTest::newRow("English") << 0;
+    QTest::newRow("Spanish") << 1;
+    QTest::newRow("German") << 2;
+    QTest::newRow("French") << 3;
+    QTest::newRow("Dutch") << 4;
+}
+
 } // namespace
 
 class TestLanguages : public QObject
@@ -82,6 +107,14 @@ private slots:
     void seeding();
     void paddedTexts_data();
     void paddedTexts();
+    void ownTranslations_data();
+    void ownTranslations();
+    void accessKeysDoNotClash_data();
+    void accessKeysDoNotClash();
+    void captionsFitTheirPlaces_data();
+    void captionsFitTheirPlaces();
+    void ownTextsFollowTheLanguage_data();
+    void ownTextsFollowTheLanguage();
 };
 
 void TestLanguages::versionLine_data()
@@ -165,11 +198,15 @@ void TestLanguages::fileText()
     QFETCH(QString, text);
     QFETCH(int, outcome);
     Texts current = Texts::english();
-    current[TextId::HeadingCallsign] = u"Indicativo"_qs; // Marvik's own texts are not the file's
+    current[TextId::HeadingCallsign] = u"Rufz."_qs; // left from the language shown before
     const LanguageLoad load = readLanguageText(text, 1, current);
     QCOMPARE(int(load.outcome), outcome);
     if (load.loaded()) {
-        QCOMPARE(load.texts, numberedTexts(current));
+        // The file's 57 values, and Marvik's own texts in Spanish.
+        Texts expected = numberedTexts(current);
+        applyOwnTexts(expected, 1);
+        QCOMPARE(load.texts, expected);
+        QCOMPARE(load.texts[TextId::HeadingCallsign], u"Indicativo"_qs);
         QVERIFY(load.message.isEmpty());
     } else {
         QCOMPARE(load.texts, withEnglishNames(current));
@@ -227,6 +264,7 @@ void TestLanguages::failedLoadKeepsTheTexts()
     const LanguageLoad failed = readLanguageText(u"no version line"_qs, 3, german.texts);
     QCOMPARE(failed.outcome, Outcome::WrongVersion);
     QCOMPARE(failed.texts[TextId::MenuDatabase], u"Datenbank"_qs);
+    QCOMPARE(failed.texts[TextId::HeadingFirstName], u"Vorname"_qs);
     QCOMPARE(failed.texts[TextId::LanguageGerman], u"German"_qs);
     QCOMPARE(failed.texts, withEnglishNames(german.texts));
 }
@@ -267,15 +305,17 @@ void TestLanguages::shippedFiles_data()
     QTest::addColumn<QString>("notFound");
     QTest::addColumn<QString>("ownName");
     QTest::addColumn<QString>("listWord");
-    QTest::newRow("English") << 0 << u"Database"_qs << u"Get"_qs << u"xxx not found"_qs << u"English"_qs << u"List"_qs;
+    QTest::addColumn<QString>("firstName");
+    QTest::newRow("English") << 0 << u"Database"_qs << u"Get"_qs << u"xxx not found"_qs << u"English"_qs << u"List"_qs
+                             << u"First name"_qs;
     QTest::newRow("Spanish") << 1 << u"Base de datos"_qs << u"Buscar"_qs << u"xxx no encontrado"_qs
-                             << u"Espa\u00f1ol"_qs << u"Lista"_qs;
+                             << u"Espa\u00f1ol"_qs << u"Lista"_qs << u"Nombre"_qs;
     QTest::newRow("German") << 2 << u"Datenbank"_qs << u"Suchen"_qs << u"xxx nicht gefunden"_qs << u"Deutsch"_qs
-                            << u"Liste"_qs;
+                            << u"Liste"_qs << u"Vorname"_qs;
     QTest::newRow("French") << 3 << u"Base de donn\u00e9es"_qs << u"Voir"_qs << u"xxx introuvable"_qs
-                            << u"Fran\u00e7ais"_qs << u"Liste"_qs;
+                            << u"Fran\u00e7ais"_qs << u"Liste"_qs << u"Pr\u00e9nom"_qs;
     QTest::newRow("Dutch") << 4 << u"Database"_qs << u"Zoek"_qs << u"xxx niet gevonden"_qs << u"Nederlands"_qs
-                           << u"Lijst"_qs;
+                           << u"Lijst"_qs << u"Voornaam"_qs;
 }
 
 void TestLanguages::shippedFiles()
@@ -286,6 +326,7 @@ void TestLanguages::shippedFiles()
     QFETCH(QString, notFound);
     QFETCH(QString, ownName);
     QFETCH(QString, listWord);
+    QFETCH(QString, firstName);
     const Texts english = Texts::english();
     const QString path = kShippedLanguages + u'/' + languageInfo(language).fileName;
     const LanguageLoad load = loadLanguageFile(path, language, english);
@@ -298,6 +339,7 @@ void TestLanguages::shippedFiles()
     QCOMPARE(t[TextId::NotFound], notFound);
     QCOMPARE(t[TextId(int(TextId::LanguageEnglish) + language)], ownName);
     QCOMPARE(t[TextId::ListWord], listWord);
+    QCOMPARE(t[TextId::HeadingFirstName], firstName);
 
     const QStringList placeholders {u"xxx"_qs, u"???"_qs};
     for (int i = 0; i < kLanguageFileValues; ++i) {
@@ -310,9 +352,13 @@ void TestLanguages::shippedFiles()
                 qPrintable(u"value %1 \"%2\" lost or gained %3"_qs.arg(i).arg(t[id], p)));
         }
     }
-    // The texts after the file's 57 are the program's own and stay.
+    // The texts after the file's 57 are the program's own, in the file's
+    // language.
+    Texts own = english;
+    for (const OwnText &o : ownTranslation(language))
+        own[o.id] = QString::fromUtf16(o.text);
     for (int i = kLanguageFileValues; i < kTextCount; ++i)
-        QCOMPARE(t[TextId(i)], english[TextId(i)]);
+        QCOMPARE(t[TextId(i)], own[TextId(i)]);
     // Choosing the same language again gives the same texts.
     QCOMPARE(loadLanguageFile(path, language, t).texts, t);
 }
@@ -413,5 +459,149 @@ void TestLanguages::paddedTexts()
     QCOMPARE(Texts::english().padded(TextId(id)), shown);
 }
 
-QTEST_GUILESS_MAIN(TestLanguages)
+void TestLanguages::ownTranslations_data()
+{
+    addLanguageRows(false);
+}
+
+void TestLanguages::ownTranslations()
+{
+    QFETCH(int, language);
+    const Texts english = Texts::english();
+    QHash<int, QString> translated;
+    for (const OwnText &o : ownTranslation(language)) {
+        const int i = int(o.id);
+        QVERIFY2(i >= kLanguageFileValues && i < kTextCount, qPrintable(u"id %1 is not one of Marvik's own"_qs.arg(i)));
+        QVERIFY2(!translated.contains(i), qPrintable(u"id %1 translated twice"_qs.arg(i)));
+        translated.insert(i, QString::fromUtf16(o.text));
+    }
+    // What the program fills in or acts on must survive the translation:
+    // the placeholders, the access key, the line breaks, the "…" that
+    // promises a dialog, and any numbered marker.
+    const QStringList kept {u"xxx"_qs, u"???"_qs, u"&"_qs, u"\n"_qs};
+    const QRegularExpression marker(u"%\\d"_qs);
+    for (int i = kLanguageFileValues; i < kTextCount; ++i) {
+        const QString &en = english[TextId(i)];
+        QVERIFY2(translated.contains(i), qPrintable(u"no translation of \"%1\""_qs.arg(en)));
+        const QString &text = translated[i];
+        const QByteArray what = (u"\""_qs + text + u"\" for \""_qs + en + u'"').toUtf8();
+        QVERIFY2(!text.isEmpty(), what.constData());
+        QVERIFY2(text == text.trimmed(), what.constData());
+        for (const QString &k : kept)
+            QVERIFY2(text.count(k) == en.count(k),
+                QByteArray(what + " has another number of " + k.toUtf8()).constData());
+        QVERIFY2(text.endsWith(u'\u2026') == en.endsWith(u'\u2026'), what.constData());
+        QVERIFY2(text.count(marker) == en.count(marker), what.constData());
+        const qsizetype key = text.indexOf(u'&');
+        if (key >= 0)
+            QVERIFY2(key + 1 < text.size() && text[key + 1].isLetterOrNumber(), what.constData());
+    }
+}
+
+void TestLanguages::accessKeysDoNotClash_data()
+{
+    addLanguageRows(true);
+}
+
+void TestLanguages::accessKeysDoNotClash()
+{
+    QFETCH(int, language);
+    const Texts texts = withOwnTexts(language);
+    // The captions with an access key that share a window.
+    const QList<QList<TextId>> windows {
+        {TextId::ButtonTryAgain, TextId::ButtonCopyElsewhere, TextId::ButtonLeaveFile},
+        {TextId::ButtonYes, TextId::ButtonNo},
+        {TextId::ButtonTest, TextId::ButtonUp, TextId::ButtonDown, TextId::ButtonClearCache},
+        {TextId::ExportFile, TextId::ExportBrowse, TextId::ExportAdi, TextId::ExportAdx, TextId::ExportBand,
+            TextId::ExportMode, TextId::ExportButton},
+    };
+    for (const QList<TextId> &window : windows) {
+        QHash<QChar, QString> keys;
+        for (const TextId id : window) {
+            const QString &caption = texts[id];
+            const qsizetype at = caption.indexOf(u'&');
+            QVERIFY2(at >= 0 && at + 1 < caption.size(), qPrintable(caption));
+            const QChar key = caption[at + 1].toLower();
+            QVERIFY2(!keys.contains(key), qPrintable(caption + u" and "_qs + keys.value(key)));
+            keys.insert(key, caption);
+        }
+    }
+}
+
+void TestLanguages::captionsFitTheirPlaces_data()
+{
+    addLanguageRows(true);
+}
+
+void TestLanguages::captionsFitTheirPlaces()
+{
+    QFETCH(int, language);
+    // The font a plain Debian desktop gives the windows.
+    QFont font(u"DejaVu Sans"_qs);
+    font.setPointSize(9);
+    QVERIFY2(QFontInfo(font).family() == u"DejaVu Sans"_qs, "DejaVu Sans (fonts-dejavu-core) is needed for this test");
+    const QFontMetrics metrics(font);
+    // The room the main window gives them, in pixels: a grid heading's label
+    // is its column less 5 (the columns of the expanded view are 68, 100,
+    // 167, 200, 227 and 136 wide); Cancel takes the place of Get in a
+    // 52-pixel button with 50 for its text; the placeholder stands in the
+    // 110-pixel call box.
+    const QList<std::pair<TextId, int>> places {
+        {TextId::HeadingCallsign, 63},
+        {TextId::HeadingFirstName, 95},
+        {TextId::HeadingFullName, 162},
+        {TextId::HeadingAddress, 195},
+        {TextId::HeadingCity, 222},
+        {TextId::HeadingCountry, 131},
+        {TextId::ButtonCancel, 50},
+        {TextId::CallsignPlaceholder, 100},
+    };
+    const Texts texts = withOwnTexts(language);
+    for (const auto &[id, room] : places) {
+        const int width = metrics.horizontalAdvance(texts[id]);
+        QVERIFY2(width <= room, qPrintable(u"\"%1\" is %2 pixels wide, %3 fit"_qs.arg(texts[id]).arg(width).arg(room)));
+    }
+}
+
+void TestLanguages::ownTextsFollowTheLanguage_data()
+{
+    QTest::addColumn<int>("language");
+    QTest::addColumn<QString>("firstName");
+    QTest::newRow("Spanish") << 1 << u"Nombre"_qs;
+    QTest::newRow("German") << 2 << u"Vorname"_qs;
+    QTest::newRow("French") << 3 << u"Pr\u00e9nom"_qs;
+    QTest::newRow("Dutch") << 4 << u"Voornaam"_qs;
+}
+
+void TestLanguages::ownTextsFollowTheLanguage()
+{
+    QFETCH(int, language);
+    QFETCH(QString, firstName);
+    const Texts english = Texts::english();
+    const auto shipped = [](int l) -> QString { return kShippedLanguages + u'/' + languageInfo(l).fileName; };
+
+    const LanguageLoad chosen = loadLanguageFile(shipped(language), language, english);
+    QVERIFY(chosen.loaded());
+    QCOMPARE(chosen.texts[TextId::HeadingFirstName], firstName);
+
+    // A file that cannot be used changes none of them, whichever language
+    // it was for: English that is too short, another language that is gone.
+    const LanguageLoad shortEnglish = readLanguageText(numberedFile(kTag, 3).join(u"\r\n"_qs), 0, chosen.texts);
+    QCOMPARE(shortEnglish.outcome, Outcome::MissingOrCorrupt);
+    const int other = language % 4 + 1;
+    const LanguageLoad missing = loadLanguageFile(kShippedLanguages + u"/gone.Language"_qs, other, chosen.texts);
+    QCOMPARE(missing.outcome, Outcome::MissingOrCorrupt);
+    for (int i = kLanguageFileValues; i < kTextCount; ++i) {
+        QCOMPARE(shortEnglish.texts[TextId(i)], chosen.texts[TextId(i)]);
+        QCOMPARE(missing.texts[TextId(i)], chosen.texts[TextId(i)]);
+    }
+
+    // English brings every one of them back.
+    const LanguageLoad back = loadLanguageFile(shipped(0), 0, shortEnglish.texts);
+    QVERIFY(back.loaded());
+    QCOMPARE(back.texts[TextId::HeadingFirstName], u"First name"_qs);
+    QCOMPARE(back.texts, english);
+}
+
+QTEST_MAIN(TestLanguages)
 #include "tst_languages.moc"

@@ -191,6 +191,17 @@ constexpr OwnText kSpanish[] = {
     {TextId::MenuMarkForPaste, u"Marcar para pegar"},
     {TextId::CaptureSizeMenu, u"Tamaño de imagen"},
     {TextId::CaptureSizeShown, u"Como se muestra"},
+    {TextId::RowDeletedNote, u"xxx borrado. Ctrl+Z en la lista lo recupera."},
+    {TextId::ListClearedNote, u"xxx vaciada. Ctrl+Z en la lista recupera las entradas."},
+    {TextId::UndoneNote, u"Recuperado: xxx"},
+    {TextId::AboutDetails,
+     u"Listas de indicativos, consultas a los callbooks, mapas y vistas para intercambiar im\u00e1genes con EasyPal.<br><br>"
+     u"Software libre bajo la Licencia P\u00fablica General de GNU (GNU General Public License), versi\u00f3n 3 o posterior; "
+     u"se ofrece SIN NINGUNA GARANT\u00cdA.<br><br>"
+     u"Mapas hechos con datos de Natural Earth (dominio p\u00fablico, naturalearthdata.com). "
+     u"Datos de las estaciones de los callbooks que usted elija: eHam.net, QRZ.com, QRZCQ, HamQTH, Callook y HamCall. "
+     u"Hecho con Qt xxx."},
+    {TextId::HelpWindowTitle, u"Ayuda de Marvik"},
 };
 
 constexpr OwnText kGerman[] = {
@@ -378,6 +389,16 @@ constexpr OwnText kGerman[] = {
     {TextId::MenuMarkForPaste, u"Zum Einfügen markieren"},
     {TextId::CaptureSizeMenu, u"Bildgröße"},
     {TextId::CaptureSizeShown, u"Wie angezeigt"},
+    {TextId::RowDeletedNote, u"xxx gel\u00f6scht. Strg+Z in der Liste holt es zur\u00fcck."},
+    {TextId::ListClearedNote, u"xxx geleert. Strg+Z in der Liste holt die Eintr\u00e4ge zur\u00fcck."},
+    {TextId::UndoneNote, u"Zur\u00fcckgeholt: xxx"},
+    {TextId::AboutDetails,
+     u"Rufzeichenlisten, Callbook-Abfragen, Karten und Ansichten f\u00fcr den Bildaustausch mit EasyPal.<br><br>"
+     u"Freie Software unter der GNU General Public License, Version 3 oder sp\u00e4ter; OHNE JEDE GEW\u00c4HRLEISTUNG.<br><br>"
+     u"Karten aus Daten von Natural Earth (gemeinfrei, naturalearthdata.com). "
+     u"Stationsdaten aus den Callbooks Ihrer Wahl: eHam.net, QRZ.com, QRZCQ, HamQTH, Callook und HamCall. "
+     u"Erstellt mit Qt xxx."},
+    {TextId::HelpWindowTitle, u"Marvik-Hilfe"},
 };
 
 // French puts a no-break space before ":", ";", "?" and inside « »; the
@@ -566,6 +587,17 @@ constexpr OwnText kFrench[] = {
     {TextId::MenuMarkForPaste, u"Marquer pour coller"},
     {TextId::CaptureSizeMenu, u"Taille de l'image"},
     {TextId::CaptureSizeShown, u"Comme affichée"},
+    {TextId::RowDeletedNote, u"xxx supprim\u00e9. Ctrl+Z dans la liste le r\u00e9tablit."},
+    {TextId::ListClearedNote, u"xxx vid\u00e9e. Ctrl+Z dans la liste r\u00e9tablit les entr\u00e9es."},
+    {TextId::UndoneNote, u"R\u00e9tabli\u00a0: xxx"},
+    {TextId::AboutDetails,
+     u"Listes d\u2019indicatifs, recherches dans les callbooks, cartes et vues pour les \u00e9changes d\u2019images avec EasyPal.<br><br>"
+     u"Logiciel libre sous licence GNU General Public License, version 3 ou ult\u00e9rieure\u00a0; "
+     u"fourni SANS AUCUNE GARANTIE.<br><br>"
+     u"Cartes tir\u00e9es des donn\u00e9es Natural Earth (domaine public, naturalearthdata.com). "
+     u"Donn\u00e9es des stations issues des callbooks de votre choix\u00a0: eHam.net, QRZ.com, QRZCQ, HamQTH, Callook et HamCall. "
+     u"R\u00e9alis\u00e9 avec Qt xxx."},
+    {TextId::HelpWindowTitle, u"Aide de Marvik"},
 };
 
 constexpr OwnText kDutch[] = {
@@ -747,6 +779,16 @@ constexpr OwnText kDutch[] = {
     {TextId::MenuMarkForPaste, u"Markeren om te plakken"},
     {TextId::CaptureSizeMenu, u"Afbeeldingsgrootte"},
     {TextId::CaptureSizeShown, u"Zoals getoond"},
+    {TextId::RowDeletedNote, u"xxx verwijderd. Ctrl+Z in de lijst haalt het terug."},
+    {TextId::ListClearedNote, u"xxx leeggemaakt. Ctrl+Z in de lijst haalt de items terug."},
+    {TextId::UndoneNote, u"Teruggehaald: xxx"},
+    {TextId::AboutDetails,
+     u"Roepnaamlijsten, callbook-opzoekingen, kaarten en weergaven voor beelduitwisseling met EasyPal.<br><br>"
+     u"Vrije software onder de GNU General Public License, versie 3 of later; ZONDER ENIGE GARANTIE.<br><br>"
+     u"Kaarten gemaakt met gegevens van Natural Earth (publiek domein, naturalearthdata.com). "
+     u"Stationsgegevens uit de callbooks die u kiest: eHam.net, QRZ.com, QRZCQ, HamQTH, Callook en HamCall. "
+     u"Gemaakt met Qt xxx."},
+    {TextId::HelpWindowTitle, u"Marvik-help"},
 };
 
 } // namespace

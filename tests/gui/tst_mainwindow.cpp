@@ -406,20 +406,21 @@ private slots:
         struct Language
         {
             int index;
-            QString setup, german, satellite, clearPrompt;
+            QString setup, german, satellite, clearPrompt, yes;
         };
         // Through every language and back to English, each from the one
         // before: the captions come from the shipped files.
         const QList<Language> languages{
             {2, u"Optionen"_qs, u"Deutsch"_qs, u"Google-Satellitenansicht von DL1ABC"_qs,
-             u"Alle Einträge in xxx löschen?"_qs},
+             u"Alle Einträge in xxx löschen?"_qs, u"&Ja"_qs},
             {1, u"Ajustes"_qs, u"Alemán"_qs, u"Vista de satélite de DL1ABC (Google)"_qs,
-             u"¿Borrar todas las entradas de xxx?"_qs},
+             u"¿Borrar todas las entradas de xxx?"_qs, u"&Sí"_qs},
             {3, u"Réglages"_qs, u"Allemand"_qs, u"Vue satellite Google de DL1ABC"_qs,
-             u"Supprimer toutes les entrées de xxx\u00A0?"_qs},
+             u"Supprimer toutes les entrées de xxx\u00A0?"_qs, u"&Oui"_qs},
             {4, u"Opties"_qs, u"Duits"_qs, u"Google-satellietbeeld van DL1ABC"_qs,
-             u"Alle items in xxx verwijderen?"_qs},
-            {0, u"Setup"_qs, u"German"_qs, u"Google satellite view of DL1ABC"_qs, u"Delete all entries in xxx?"_qs},
+             u"Alle items in xxx verwijderen?"_qs, u"&Ja"_qs},
+            {0, u"Setup"_qs, u"German"_qs, u"Google satellite view of DL1ABC"_qs, u"Delete all entries in xxx?"_qs,
+             u"&Yes"_qs},
         };
         QVERIFY(start());
         for (const Language &l : languages) {
@@ -435,6 +436,7 @@ private slots:
             trigger(QStringLiteral("mnuClear"));
             // The list name as the chooser shows it, blanks and all.
             QCOMPARE(no.dialog().text, QString(l.clearPrompt).replace(u"xxx"_qs, u" DX  "_qs));
+            QVERIFY2(no.dialog().buttonTexts.contains(l.yes), qPrintable(no.dialog().buttonTexts.join(u'|')));
         }
         // A language whose file is gone: its own built-in message, the
         // language names back in English, every other text as it was.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QFile>
 #include <QInputDialog>
@@ -24,6 +25,7 @@ struct SeenDialog
     QMessageBox::Icon icon = QMessageBox::NoIcon;
     QMessageBox::StandardButtons buttons;
     QString informative; ///< a message box's informative text
+    QStringList buttonTexts; ///< a message box's button captions, in its order
     QSize size;          ///< the dialog's size as shown
 };
 
@@ -58,6 +60,8 @@ private:
             m_seen.icon = box->icon();
             m_seen.buttons = box->standardButtons();
             m_seen.informative = box->informativeText();
+            for (QAbstractButton *b : box->buttons())
+                m_seen.buttonTexts.append(b->text());
             box->done(m_button);
         } else if (auto *input = qobject_cast<QInputDialog *>(w)) {
             m_seen.text = input->labelText();

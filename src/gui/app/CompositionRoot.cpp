@@ -224,6 +224,7 @@ void CompositionRoot::tellStartUpNotes(const app::StartUpNotes &notes)
 
 void CompositionRoot::textsChanged()
 {
+    messages::setButtonCaptions({(*m_texts)[TextId::ButtonOk], (*m_texts)[TextId::ButtonYes], (*m_texts)[TextId::ButtonNo]});
     // A list still called by its default name follows the language; a name
     // the user gave stays.
     const QString word = (*m_texts)[TextId::ListWord];

@@ -14,6 +14,23 @@ namespace {
 
 const QString kTitle = QStringLiteral("Marvik");
 
+ButtonCaptions &captions()
+{
+    static ButtonCaptions c;
+    return c;
+}
+
+/// Puts the current language's captions on a box's standard buttons.
+void caption(QMessageBox &box)
+{
+    const ButtonCaptions &c = captions();
+    for (const auto &[button, text] : {std::pair{QMessageBox::Ok, c.ok}, std::pair{QMessageBox::Yes, c.yes},
+                                       std::pair{QMessageBox::No, c.no}}) {
+        if (QAbstractButton *b = box.button(button); b && !text.isEmpty())
+            b->setText(text);
+    }
+}
+
 struct Seam
 {
     QQueue<Answer> answers;
@@ -40,6 +57,7 @@ void showBox(QWidget *parent, QMessageBox::Icon icon, Shown::Kind kind, const QS
     if (scripted(Shown{kind, kTitle, text, {}, true, {}}))
         return;
     QMessageBox box(icon, kTitle, text, QMessageBox::Ok, parent);
+    caption(box);
     box.exec();
 }
 
@@ -50,6 +68,11 @@ void information(QWidget *parent, const QString &text)
     showBox(parent, QMessageBox::Information, Shown::Kind::Information, text);
 }
 
+void setButtonCaptions(const ButtonCaptions &c)
+{
+    captions() = c;
+}
+
 void about(QWidget *parent, const QString &text, const QString &details)
 {
     if (scripted(Shown{Shown::Kind::Information, kTitle, text, {}, true, {}}))
@@ -58,6 +81,7 @@ void about(QWidget *parent, const QString &text, const QString &details)
     box.setTextFormat(Qt::PlainText);
     box.setInformativeText(details);
     box.setTextInteractionFlags(Qt::TextBrowserInteraction);
+    caption(box);
     // A message box sizes itself to its text alone; its title and the
     // frame's buttons need room too.
     const int titleWidth = box.fontMetrics().horizontalAdvance(kTitle) * 3;
@@ -77,6 +101,7 @@ bool question(QWidget *parent, const QString &text, bool defaultYes)
     QMessageBox box(QMessageBox::Warning, kTitle, text, QMessageBox::Yes | QMessageBox::No, parent);
     box.setDefaultButton(defaultYes ? QMessageBox::Yes : QMessageBox::No);
     box.setEscapeButton(QMessageBox::No);
+    caption(box);
     return box.exec() == QMessageBox::Yes;
 }
 

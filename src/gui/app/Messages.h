@@ -32,6 +32,14 @@ int choose(QWidget *parent, const QString &text, const QStringList &buttons, int
 /// An input box with `value` filled in; nothing when cancelled.
 std::optional<QString> input(QWidget *parent, const QString &prompt, const QString &value);
 
+/// The captions of the boxes' standard buttons in the current language
+/// (with "&" access keys); empty: Qt's own.
+struct ButtonCaptions
+{
+    QString ok, yes, no;
+};
+void setButtonCaptions(const ButtonCaptions &captions);
+
 /// What a box showed.
 struct Shown
 {

@@ -32,6 +32,7 @@
 #include <QStackedWidget>
 #include <QStatusBar>
 #include <QTimer>
+#include <QWindow>
 
 #include <algorithm>
 
@@ -396,18 +397,15 @@ void MainWindow::setAlwaysOnTop(bool onTop)
     m_commands.action(QStringLiteral("mnuOnTop"))->setChecked(onTop);
     if (bool(windowFlags() & Qt::WindowStaysOnTopHint) == onTop)
         return;
-    const bool wasVisible = isVisible();
-    const QPoint pos = this->pos();
-    const QSize size = this->size();
-    setWindowFlag(Qt::WindowStaysOnTopHint, onTop);
-    move(pos);
-    resize(size);
-    if (wasVisible) {
-        // Shown again without taking the focus from where it is.
-        setAttribute(Qt::WA_ShowWithoutActivating, true);
-        show();
-        setAttribute(Qt::WA_ShowWithoutActivating, false);
+    // A window on screen gets the hint on its own native window: changing a
+    // widget's flags would make that window anew, which loses the focus and
+    // lets the window manager place it again.
+    if (QWindow *native = windowHandle(); native && testAttribute(Qt::WA_WState_Created)) {
+        native->setFlag(Qt::WindowStaysOnTopHint, onTop);
+        overrideWindowFlags(windowFlags().setFlag(Qt::WindowStaysOnTopHint, onTop));
+        return;
     }
+    setWindowFlag(Qt::WindowStaysOnTopHint, onTop);
 }
 
 void MainWindow::applyPlacement(const app::Placement &placement)

@@ -18,6 +18,7 @@
 #include "core/app/Session.h"
 #include "core/lists/ListStore.h"
 #include "core/lookup/LookUp.h"
+#include "core/lookup/Sources.h"
 #include "gui/lookup/LookupController.h"
 #include "support/MarvikUnderTest.h"
 #include "gui/lists/ListGrid.h"
@@ -35,6 +36,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QToolButton>
 #include <QPainter>
 #include <QStyleOptionViewItem>
 #include <QPlainTextEdit>
@@ -453,6 +455,50 @@ private slots:
         // The choice is kept in Marvik.cfg's language line.
         m_window->close();
         QCOMPARE(readAll(file(QStringLiteral("Marvik.cfg"))).split('\n').value(12), QByteArray(" 4 \r"));
+    }
+
+    void theWholeMenuBarShowsAtTheMinimumWidth()
+    {
+        QVERIFY(start());
+        // The longest label a source can give the first menu.
+        const int callook = lookup::menuIndexOf(lookup::Source::Callook);
+        child<QAction>(QStringLiteral("mnuSource%1").arg(callook))->trigger();
+        m_window->resize(m_window->minimumWidth(), 400);
+        QTest::qWait(50);
+        auto *bar = m_window->menuBar();
+        for (QAction *a : {child<QMenu>(QStringLiteral("mnuDatabase"))->menuAction(), child<QAction>(QStringLiteral("mnuExpand")),
+                           child<QMenu>(QStringLiteral("mnuSetup"))->menuAction(), child<QAction>(QStringLiteral("mnuHelp")),
+                           child<QAction>(QStringLiteral("mnuAbout"))}) {
+            const QRect r = bar->actionGeometry(a);
+            QVERIFY2(!r.isEmpty() && r.right() <= bar->width() && r.bottom() <= bar->height(),
+                     qPrintable(a->objectName() + u" is not shown whole"_qs));
+        }
+        // Nothing went into the bar's overflow button.
+        const auto overflow = bar->findChildren<QToolButton *>(QStringLiteral("qt_menubar_ext_button"));
+        QVERIFY(overflow.isEmpty() || !overflow.first()->isVisible());
+    }
+
+    void aDisabledMapButtonLooksDisabled()
+    {
+        QVERIFY(start());
+        auto *map = child<QPushButton>(QStringLiteral("cmdMap"));
+        map->setEnabled(true);
+        const QImage enabled = map->grab().toImage();
+        map->setEnabled(false);
+        const QImage disabled = map->grab().toImage();
+        QCOMPARE(enabled.size(), disabled.size());
+        // The face's middle, left of the caption, and the caption's darkest pixel.
+        const QPoint face(4, map->height() / 2);
+        QVERIFY(enabled.pixelColor(face) != disabled.pixelColor(face));
+        const auto darkest = [](const QImage &image) {
+            int least = 255;
+            for (int y = 2; y < image.height() - 2; ++y) {
+                for (int x = 2; x < image.width() - 2; ++x)
+                    least = std::min(least, qGray(image.pixel(x, y)));
+            }
+            return least;
+        };
+        QVERIFY2(darkest(disabled) > darkest(enabled) + 40, "the disabled caption is as dark as the enabled one");
     }
 
     void theThirdMenuStandsAtTheRight()

@@ -84,6 +84,10 @@ void colourButton(QPushButton *button)
     QPalette pal = button->palette();
     pal.setColor(QPalette::Button, kButtonColour);
     pal.setColor(QPalette::ButtonText, Qt::black);
+    // Disabled, the face pales and the caption greys, whatever the theme:
+    // the blue must not say "press me" when nothing would happen.
+    pal.setColor(QPalette::Disabled, QPalette::Button, QColor(218, 224, 236));
+    pal.setColor(QPalette::Disabled, QPalette::ButtonText, QColor(128, 128, 128));
     button->setPalette(pal);
     button->setAutoFillBackground(true);
 }

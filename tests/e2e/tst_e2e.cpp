@@ -38,6 +38,50 @@ QByteArray xdotool(const QStringList &args, int timeoutMs = 20000)
     return p.readAllStandardOutput().trimmed();
 }
 
+/// Starts Marvik on `data` with `env` added, answers every box it shows at
+/// start with Escape (each question's safe answer), then closes the main
+/// window with Alt+F4 as a user does. Fails the test when it does not end well.
+void runAndClose(const QString &data, const QString &config, const QStringList &env, int boxes)
+{
+    QProcess marvik;
+    QProcessEnvironment e = QProcessEnvironment::systemEnvironment();
+    e.insert(QStringLiteral("XDG_CONFIG_HOME"), config);
+    e.insert(QStringLiteral("XDG_DATA_HOME"), config + QStringLiteral("/xdg-data"));
+    for (const QString &pair : env)
+        e.insert(pair.section(u'=', 0, 0), pair.section(u'=', 1));
+    marvik.setProcessEnvironment(e);
+    marvik.setProcessChannelMode(QProcess::ForwardedChannels);
+    marvik.start(QStringLiteral(MARVIK_BIN_DIR "/marvik"), {QStringLiteral("--data-dir"), data});
+    QVERIFY(marvik.waitForStarted());
+    const QByteArray window = xdotool({QStringLiteral("search"), QStringLiteral("--sync"), QStringLiteral("--onlyvisible"),
+                                       QStringLiteral("--name"), QStringLiteral("^Marvik  3\\.12$")})
+                                  .split('\n')
+                                  .value(0);
+    QVERIFY2(!window.isEmpty(), "the main window did not appear");
+    for (int box = 0; box < boxes; ++box) {
+        const QByteArray dialog = xdotool({QStringLiteral("search"), QStringLiteral("--sync"), QStringLiteral("--onlyvisible"),
+                                           QStringLiteral("--name"), QStringLiteral("^Marvik$")})
+                                      .split('\n')
+                                      .value(0);
+        QVERIFY2(!dialog.isEmpty(), "the expected box did not appear");
+        xdotool({QStringLiteral("windowactivate"), QStringLiteral("--sync"), QString::fromLatin1(dialog)}, 3000);
+        xdotool({QStringLiteral("key"), QStringLiteral("--clearmodifiers"), QStringLiteral("Escape")});
+        QTest::qWait(300);
+    }
+    QTest::qWait(300);
+    for (int attempt = 0; attempt < 10 && marvik.state() != QProcess::NotRunning; ++attempt) {
+        xdotool({QStringLiteral("windowactivate"), QStringLiteral("--sync"), QString::fromLatin1(window)}, 3000);
+        xdotool({QStringLiteral("key"), QStringLiteral("--clearmodifiers"), QStringLiteral("alt+F4")});
+        marvik.waitForFinished(2000);
+    }
+    if (marvik.state() != QProcess::NotRunning) {
+        marvik.kill();
+        QFAIL("Marvik did not close on Alt+F4");
+    }
+    QCOMPARE(marvik.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(marvik.exitCode(), 0);
+}
+
 QByteArray bearing(double lat, double lon)
 {
     // The list files hold "°" as the single Windows-1252 byte 0xB0.
@@ -143,6 +187,46 @@ private slots:
             const int twips = store.value(key).toString().toInt(&ok);
             QVERIFY2(ok && twips % 15 == 0, qPrintable(key));
         }
+    }
+
+    // A damaged list on a full disk (no copy of it can be kept) and a
+    // Windows-1252 list whose first row begins with the letters of a UTF-8
+    // byte-order mark, through two runs of the real program.
+    void nothingIsLostOrReEncoded()
+    {
+        QTemporaryDir tmp;
+        QVERIFY(tmp.isValid());
+        const QString data = tmp.filePath(QStringLiteral("data"));
+        const QString config = tmp.filePath(QStringLiteral("config"));
+        QVERIFY(QDir().mkpath(data + QStringLiteral("/Maps")));
+        QVERIFY(QDir().mkpath(config + QStringLiteral("/Marvik")));
+        writeAll(data + QStringLiteral("/Maps/WorldMap.bmp"), "BM");
+        writeAll(config + QStringLiteral("/Marvik/Marvik.conf"),
+                 "[Sources]\neHam/Host=http://127.0.0.1:9\nQRZ/Host=http://127.0.0.1:9\n"
+                 "QRZCQ/Host=http://127.0.0.1:9\nCallook/Host=http://127.0.0.1:9\nHamCall/Host=http://127.0.0.1:9\n"
+                 "HamQTH/Host=http://127.0.0.1:9\nPictures/Host=http://127.0.0.1:9/\n");
+        const QByteArray marked = "\xEF\xBB\xBF" "DL1ABC*J\xFCrgen**J\xFCrgen Stra\xDF" "e*Hauptstr. 1*K\xF6ln*Germany*0*0*20240101000000*\r\n";
+        writeAll(data + QStringLiteral("/List1.dat"), marked);
+        QByteArray damaged;
+        for (int i = 0; i < 5; ++i)
+            damaged += "G" + QByteArray::number(i) + "AAA*Bob**Bob Smith*1 Road*Leeds*England*53.8*-1.55*20231231220000*\r\n";
+        damaged += "BROKEN*line\r\n";
+        for (int i = 0; i < 300; ++i)
+            damaged += "K" + QByteArray::number(i) + "ZZ*Jim**Jim Taylor*2 Elm*Boston*USA*42.36*-71.06*20240105093000*\r\n";
+        writeAll(data + QStringLiteral("/List2.dat"), damaged);
+
+        // The damaged list's question is answered with Escape: leave the file.
+        runAndClose(data, config, {QStringLiteral("MARVIK_TEST_FULL_DISK=damaged")}, 1);
+        QCOMPARE(readAll(data + QStringLiteral("/List2.dat")), damaged);
+        const QByteArray first = readAll(data + QStringLiteral("/List1.dat"));
+        // Not Windows-1252 behind a mark: UTF-8 with a mark of its own.
+        QVERIFY(first.startsWith("\xEF\xBB\xBF\xC3\xAF\xC2\xBB\xC2\xBF" "DL1ABC*J\xC3\xBCrgen*"));
+
+        // The next run reads it back as it was and writes the same bytes.
+        runAndClose(data, config, {QStringLiteral("MARVIK_TEST_FULL_DISK=damaged")}, 1);
+        QCOMPARE(readAll(data + QStringLiteral("/List1.dat")), first);
+        QVERIFY(!first.contains("\xEF\xBF\xBD")); // no replacement character
+        QCOMPARE(readAll(data + QStringLiteral("/List2.dat")), damaged);
     }
 };
 

@@ -31,6 +31,7 @@
 #include <QComboBox>
 #include <QDesktopServices>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QImage>
 #include <QLabel>
@@ -635,6 +636,48 @@ private slots:
         // The middle of the thumbnail, at the cell's right end.
         const QColor seen = canvas.pixelColor(QPoint(100 - 12, 9) * scale);
         QCOMPARE(seen.name(), drawn.name());
+    }
+
+    // One field of 50 MB (a damaged or hostile file): the grid paints a
+    // bounded part, the add/edit dialog shows it cut and keeps it whole, and
+    // the file keeps every byte.
+    void aHugeFieldNeitherFreezesNorIsLost()
+    {
+        const QByteArray huge(50 * 1024 * 1024, 'a');
+        const QByteArray line = "ZZ9ZZ*Zed**" + huge + "*1 Road*Town*Country*10.5*20.5*20240101000000*\r\n";
+        writeAll(file(QStringLiteral("List3.dat")), line);
+        QVERIFY(start());
+        switchTo(3);
+        auto *grid = child<gui::ListGrid>(QStringLiteral("Grid3"));
+        QElapsedTimer clock;
+        clock.start();
+        for (int i = 0; i < 5; ++i)
+            grid->grab();
+        QVERIFY2(clock.elapsed() < 2000, qPrintable(QString::number(clock.elapsed())));
+        QVERIFY(grid->model()->index(0, 3).data().toString().size() <= 1001);
+
+        rowMenu(0);
+        bool seen = false;
+        QTimer::singleShot(100, this, [&seen] {
+            auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget());
+            QVERIFY(dialog);
+            auto *name = dialog->findChild<QLineEdit *>(QStringLiteral("txtName"));
+            QVERIFY(name);
+            QVERIFY(name->text().size() <= 1001);
+            QVERIFY(name->isReadOnly());
+            // A box the user may edit is still saved as typed.
+            dialog->findChild<QLineEdit *>(QStringLiteral("txtAdd2"))->setText(QStringLiteral("Village"));
+            seen = true;
+            QTest::mouseClick(dialog->findChild<QPushButton *>(QStringLiteral("cmdAdd")), Qt::LeftButton);
+        });
+        trigger(QStringLiteral("mnuManUpdate"));
+        QTRY_VERIFY(seen);
+        QCOMPARE(cell(3, 0, 5), QStringLiteral("Village"));
+        QCOMPARE(m_root->lists().model(3)->record(0)[lists::Column::FullName].size(), huge.size());
+        m_window->close();
+        const QByteArray saved = readAll(file(QStringLiteral("List3.dat")));
+        QVERIFY(saved.startsWith("ZZ9ZZ*Zed*"));
+        QVERIFY(saved.contains(QByteArray("*" + huge + "*1 Road*Village*Country*10.5*20.5*")));
     }
 
     void rowMenuCaptions_data()

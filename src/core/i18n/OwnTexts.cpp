@@ -202,6 +202,7 @@ constexpr OwnText kSpanish[] = {
      u"Datos de las estaciones de los callbooks que usted elija: eHam.net, QRZ.com, QRZCQ, HamQTH, Callook y HamCall. "
      u"Hecho con Qt xxx."},
     {TextId::HelpWindowTitle, u"Ayuda de Marvik"},
+    {TextId::FieldTooLong, u"Este campo es demasiado largo para editarlo aqu\u00ed; se guarda tal cual."},
 };
 
 constexpr OwnText kGerman[] = {
@@ -399,6 +400,7 @@ constexpr OwnText kGerman[] = {
      u"Stationsdaten aus den Callbooks Ihrer Wahl: eHam.net, QRZ.com, QRZCQ, HamQTH, Callook und HamCall. "
      u"Erstellt mit Qt xxx."},
     {TextId::HelpWindowTitle, u"Marvik-Hilfe"},
+    {TextId::FieldTooLong, u"Dieses Feld ist zu lang, um es hier zu bearbeiten; es bleibt, wie es ist."},
 };
 
 // French puts a no-break space before ":", ";", "?" and inside « »; the
@@ -598,6 +600,7 @@ constexpr OwnText kFrench[] = {
      u"Donn\u00e9es des stations issues des callbooks de votre choix\u00a0: eHam.net, QRZ.com, QRZCQ, HamQTH, Callook et HamCall. "
      u"R\u00e9alis\u00e9 avec Qt xxx."},
     {TextId::HelpWindowTitle, u"Aide de Marvik"},
+    {TextId::FieldTooLong, u"Ce champ est trop long pour \u00eatre modifi\u00e9 ici\u00a0; il est conserv\u00e9 tel quel."},
 };
 
 constexpr OwnText kDutch[] = {
@@ -789,6 +792,7 @@ constexpr OwnText kDutch[] = {
      u"Stationsgegevens uit de callbooks die u kiest: eHam.net, QRZ.com, QRZCQ, HamQTH, Callook en HamCall. "
      u"Gemaakt met Qt xxx."},
     {TextId::HelpWindowTitle, u"Marvik-help"},
+    {TextId::FieldTooLong, u"Dit veld is te lang om hier te bewerken; het blijft zoals het is."},
 };
 
 } // namespace

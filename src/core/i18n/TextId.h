@@ -118,6 +118,8 @@ enum class TextId : int {
     // Help and About.
     AboutDetails,
     HelpWindowTitle,
+    // The add/edit dialog's box for a field too long to edit.
+    FieldTooLong,
     FileWriteFailed,
     // Start-up.
     LockOtherHost,

@@ -127,6 +127,7 @@ constexpr Builtin kEnglish[] = {
      u"Station data from the callbooks you choose: eHam.net, QRZ.com, QRZCQ, HamQTH, Callook and HamCall. "
      u"Built with Qt xxx."},
     {TextId::HelpWindowTitle, u"Marvik Help"},
+    {TextId::FieldTooLong, u"This field is too long to edit here; it is kept as it is."},
     {TextId::FileWriteFailed, u"xxx could not be written:\n???"},
     {TextId::LockOtherHost, u"The data folder is locked by Marvik on the computer \u201cxxx\u201d (process ???" u"). "
                             u"If Marvik is not running there with this folder, you can take the lock over.\n\n"

@@ -4,6 +4,7 @@
 #include "core/app/Callsign.h"
 #include "core/app/Session.h"
 #include "core/i18n/Texts.h"
+#include "core/lists/CallListModel.h"
 #include "gui/dialogs/DialogButtons.h"
 #include "gui/widgets/ChameleonButton.h"
 
@@ -139,13 +140,13 @@ void AddEditDialog::callChanged()
     m_membership = call.isEmpty() ? dialogs::Membership() : dialogs::findInLists(m_lists, call);
     if (m_membership.found()) {
         const dialogs::EditedFields f = dialogs::fieldsOf(*m_membership.shown);
-        m_txtName->setText(f.name);
-        m_txtNickname->setText(f.nickname);
-        m_txtAdd1->setText(f.address);
-        m_txtAdd2->setText(f.city);
-        m_txtCtry->setText(f.country);
-        m_txtLat->setText(f.latitude);
-        m_txtLon->setText(f.longitude);
+        fill(m_txtName, f.name);
+        fill(m_txtNickname, f.nickname);
+        fill(m_txtAdd1, f.address);
+        fill(m_txtAdd2, f.city);
+        fill(m_txtCtry, f.country);
+        fill(m_txtLat, f.latitude);
+        fill(m_txtLon, f.longitude);
         positionChanged();
     } else {
         clearFields();
@@ -158,10 +159,34 @@ void AddEditDialog::positionChanged()
     m_txtAz->setText(dialogs::azimuthBoxText(m_session.me(), m_txtLat->text(), m_txtLon->text()));
 }
 
+void AddEditDialog::fill(QLineEdit *box, const QString &text)
+{
+    // A field far longer than anyone types (a damaged or hostile file) is
+    // shown cut and kept whole: laying out megabytes in a box would freeze
+    // the dialog, and cutting it on save would lose what the row holds.
+    if (text.size() > lists::CallListModel::kShownCharacters) {
+        m_longText.insert(box, text);
+        box->setText(text.left(lists::CallListModel::kShownCharacters) + QChar(0x2026));
+        box->setReadOnly(true);
+        box->setToolTip(m_texts[TextId::FieldTooLong]);
+        box->setCursorPosition(0);
+        return;
+    }
+    m_longText.remove(box);
+    box->setReadOnly(false);
+    box->setToolTip({});
+    box->setText(text);
+}
+
+QString AddEditDialog::textOf(const QLineEdit *box) const
+{
+    return m_longText.value(box, box->text());
+}
+
 void AddEditDialog::clearFields()
 {
     for (QLineEdit *box : {m_txtNickname, m_txtName, m_txtAdd1, m_txtAdd2, m_txtCtry, m_txtLat, m_txtLon, m_txtAz})
-        box->clear();
+        fill(box, {});
     m_label1->clear();
 }
 
@@ -174,14 +199,14 @@ dialogs::EditedFields AddEditDialog::fields() const
 {
     dialogs::EditedFields f;
     f.callsign = m_txtCall->text();
-    f.nickname = m_txtNickname->text();
+    f.nickname = textOf(m_txtNickname);
     f.azimuth = m_txtAz->text();
-    f.name = m_txtName->text();
-    f.address = m_txtAdd1->text();
-    f.city = m_txtAdd2->text();
-    f.country = m_txtCtry->text();
-    f.latitude = m_txtLat->text();
-    f.longitude = m_txtLon->text();
+    f.name = textOf(m_txtName);
+    f.address = textOf(m_txtAdd1);
+    f.city = textOf(m_txtAdd2);
+    f.country = textOf(m_txtCtry);
+    f.latitude = textOf(m_txtLat);
+    f.longitude = textOf(m_txtLon);
     return f;
 }
 

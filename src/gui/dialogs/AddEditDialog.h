@@ -4,6 +4,7 @@
 #include "core/dialogs/AddEdit.h"
 
 #include <QDialog>
+#include <QHash>
 
 class QGridLayout;
 class QLabel;
@@ -58,6 +59,10 @@ private:
     void callChanged();
     void positionChanged();
     void clearFields();
+    /// Fills a box; a field too long to edit is shown cut, read-only, and kept whole.
+    void fill(QLineEdit *box, const QString &text);
+    /// What a box stands for: its text, or the whole field it shows cut.
+    QString textOf(const QLineEdit *box) const;
     QLineEdit *addRow(const char *name, QLabel *&label);
 
     const lists::ListStore &m_lists;
@@ -74,6 +79,7 @@ private:
     QLineEdit *m_txtLat = nullptr;
     QLineEdit *m_txtLon = nullptr;
     QLineEdit *m_txtAz = nullptr;
+    QHash<const QLineEdit *, QString> m_longText;
     QLabel *m_lblCall = nullptr;
     QLabel *m_lblNickname = nullptr;
     QLabel *m_lblName = nullptr;

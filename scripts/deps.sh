@@ -13,7 +13,7 @@ packages=(
 )
 test_packages=(
   clang libclang-rt-14-dev libbenchmark-dev
-  xvfb xauth openbox xdotool x11-utils poppler-utils fonts-liberation imagemagick
+  xvfb xauth openbox xdotool x11-utils strace poppler-utils fonts-liberation imagemagick
   dbus-daemon gnome-keyring
   tzdata
   fonts-dejavu-core  # the translated headings are measured in the default desktop font

@@ -5,6 +5,7 @@
 #include "core/app/Config.h"
 #include "core/app/TextCodec.h"
 #include "core/i18n/LanguageFile.h"
+#include "core/i18n/OwnTexts.h"
 
 #include <QStringList>
 
@@ -22,8 +23,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const QString text = app::decodeTextFile(QByteArrayView(data, qsizetype(size)));
     const LanguageLoad load = readLanguageText(text, language, current);
 
+    // Marvik's own texts: those of the language when its file loaded,
+    // untouched when it was refused.
+    Texts own = current;
+    if (load.loaded())
+        applyOwnTexts(own, language);
     for (int i = kLanguageFileValues; i < kTextCount; ++i) {
-        if (load.texts[TextId(i)] != current[TextId(i)])
+        if (load.texts[TextId(i)] != own[TextId(i)])
             std::abort();
     }
     if (!load.loaded()) {

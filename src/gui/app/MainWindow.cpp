@@ -15,6 +15,7 @@
 #include "gui/lists/HeadingBar.h"
 #include "gui/lists/ListGrid.h"
 #include "gui/lists/ThumbnailDelegate.h"
+#include "gui/widgets/ElidingLabel.h"
 
 #include <QAction>
 #include <QApplication>
@@ -252,7 +253,7 @@ void MainWindow::buildControls()
         m_optSort[std::size_t(i)] = opt;
     }
 
-    m_lblStatus = new QLabel(central);
+    m_lblStatus = new ElidingLabel(central);
     m_lblStatus->setObjectName(QStringLiteral("lblStatus"));
     m_lblStatus->setAlignment(Qt::AlignCenter);
     QFont bold = m_lblStatus->font();
@@ -261,7 +262,7 @@ void MainWindow::buildControls()
     m_status = new StatusLine(m_lblStatus, {m_cboList, m_optSort[0], m_optSort[1]}, m_txtCall, this);
     statusBar()->setObjectName(QStringLiteral("statusBar"));
     statusBar()->setSizeGripEnabled(false);
-    auto *busyText = new QLabel(statusBar());
+    auto *busyText = new ElidingLabel(statusBar());
     busyText->setObjectName(QStringLiteral("lblBusy"));
     auto *busyBar = new QProgressBar(statusBar());
     busyBar->setObjectName(QStringLiteral("busyIndicator"));

@@ -28,6 +28,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSettings>
@@ -235,6 +236,12 @@ private slots:
         QVERIFY(m_asked[0].filters.contains(u"*.adx"_qs));
         const QList<gui::messages::Shown> shown = gui::messages::takeShown();
         QCOMPARE(shown.size(), 1);
+        if (!qEnvironmentVariableIsEmpty("MARVIK_SCREENSHOT_DIR")) {
+            // The summary as its box shows it (the test answered the box itself).
+            QMessageBox box(QMessageBox::Information, shown[0].title, shown[0].text, QMessageBox::Ok, m_root->mainWindow());
+            box.show();
+            test::screenshot(&box, QStringLiteral("import-summary-%1").arg(QString::fromUtf8(QTest::currentDataTag())).replace(u' ', u'-'));
+        }
         QCOMPARE(int(shown[0].kind), kind);
         if (text.contains(u"%1"))
             text = text.arg(QDir::toNativeSeparators(m_answer));
@@ -352,6 +359,7 @@ private slots:
         action("mnuUpdateAll")->trigger();
         QTRY_VERIFY(progress->isVisible());
         QTRY_VERIFY(child<QLabel>(QStringLiteral("lblRefresh"))->text().startsWith(u"call 2 of 4: BB1B, about 0:"));
+        test::screenshot(m_root->mainWindow(), QStringLiteral("refresh-under-way"));
         QElapsedTimer askedForBB1B;
         askedForBB1B.start();
         QCOMPARE(model(1)->record(model(1)->findCallsign(u"AA1A"_qs))[lists::Column::FullName], QStringLiteral("OP AA1A"));

@@ -229,6 +229,7 @@ void TestCaptureWindow::savesMapBmpAtEachSize()
         QVERIFY(showsThePage(saved));
         QCOMPARE(test::readAll(m_chosen), bytes);
     }
+    test::screenshot(capture(), u"capture-window-%1"_qs.arg(choice));
     QCOMPARE(m_askedFolders, QStringList(2, m_dir.path() + u"|bmp files (*.bmp)"_qs));
     // The raw grab is the browser's picture, before the cut and the scaling.
     QCOMPARE(capture()->rawCapture().size(),

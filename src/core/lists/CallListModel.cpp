@@ -176,9 +176,12 @@ ParsedList readListFile(const QString &path, const LoadContext &context)
         }
 
         StoredRow row;
+        QString fileCall;
         QString plainCall;
-        if (count > 0)
-            plainCall = callsign::plainZero(fields[0].toString());
+        if (count > 0) {
+            fileCall = fields[0].toString();
+            plainCall = callsign::plainZero(fileCall);
+        }
         std::array<QStringView, kColumnCount> values{};
         values[0] = plainCall;
         for (int c = 1; c < count && c <= int(Column::Longitude); ++c)
@@ -205,10 +208,10 @@ ParsedList readListFile(const QString &path, const LoadContext &context)
         }();
         values[int(Column::Azimuth)] = azimuth;
         row.setFields(values.data(), kColumnCount);
-        if (isNicknameAtLoad(row.fieldText(Column::FullName), row.fieldText(Column::FirstName)))
+        if (isNicknameAtLoad(row.field(Column::FullName), row.field(Column::FirstName)))
             row.firstNameMark = CellMark::Nickname;
         // The thumbnail goes by the callsign as the file has it, slashed zero and all.
-        row.thumbnail = parsed.thumbnails->find(callsign::fileName(fields[0].toString()));
+        row.thumbnail = parsed.thumbnails->find(callsign::fileName(fileCall));
         parsed.rows.append(std::move(row));
     }
     return parsed;

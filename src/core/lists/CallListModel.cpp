@@ -131,7 +131,6 @@ void StoredRow::setFields(const QStringView *fields, int count, int from)
 ParsedList readListFile(const QString &path, const LoadContext &context)
 {
     ParsedList parsed;
-    parsed.thumbnails = ThumbnailIndex::forFolder(context.thumbsDir);
     LoadReport &report = parsed.report;
     const app::TextFileContent content = app::readTextFile(path);
     if (!content.ok) {
@@ -144,6 +143,8 @@ ParsedList readListFile(const QString &path, const LoadContext &context)
     const maps::DistanceFromMe fromMe(context.me);
 
     std::array<QStringView, kColumnCount> fields;
+    // The thumbnail names of the rows, looked up together at the end.
+    QStringList thumbnailNames;
     qsizetype start = 0;
     const qsizetype n = text.size();
     clearUpperHalves();
@@ -211,9 +212,15 @@ ParsedList readListFile(const QString &path, const LoadContext &context)
         if (isNicknameAtLoad(row.field(Column::FullName), row.field(Column::FirstName)))
             row.firstNameMark = CellMark::Nickname;
         // The thumbnail goes by the callsign as the file has it, slashed zero and all.
-        row.thumbnail = parsed.thumbnails->find(callsign::fileName(fileCall));
+        thumbnailNames.append(callsign::fileName(fileCall));
         parsed.rows.append(std::move(row));
     }
+    // The folder is listed once per run, by the first reader to get here:
+    // after its rows, so that the other readers build theirs meanwhile.
+    parsed.thumbnails = ThumbnailIndex::forFolder(context.thumbsDir);
+    const QList<int> thumbnails = parsed.thumbnails->find(thumbnailNames);
+    for (qsizetype r = 0; r < thumbnails.size(); ++r)
+        parsed.rows[r].thumbnail = thumbnails[r];
     return parsed;
 }
 

@@ -90,6 +90,18 @@ int ThumbnailIndex::find(const QString &name) const
     return it == m_ids.end() ? -1 : it->second;
 }
 
+QList<int> ThumbnailIndex::find(const QStringList &names) const
+{
+    QList<int> ids;
+    ids.reserve(names.size());
+    QMutexLocker lock(&m_mutex);
+    for (const QString &name : names) {
+        const auto it = m_ids.find(name);
+        ids.append(it == m_ids.end() ? -1 : it->second);
+    }
+    return ids;
+}
+
 int ThumbnailIndex::add(const QString &name)
 {
     QMutexLocker lock(&m_mutex);

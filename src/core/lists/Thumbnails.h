@@ -29,6 +29,9 @@ public:
     /// The number of a thumbnail named `name` (the file name less ".jpg"),
     /// -1 when the folder has none.
     int find(const QString &name) const;
+    /// The numbers of many names at once, under one lock: list readers on
+    /// several threads would otherwise contend for it at every row.
+    QList<int> find(const QStringList &names) const;
     /// Records a thumbnail Marvik has just written; returns its number.
     int add(const QString &name);
     /// The file of thumbnail `id`; empty for -1.

@@ -67,6 +67,8 @@ private slots:
     void sortKeepsSelectionOnItsEntry();
     void damagedCopyKept();
     void killedSaveNeverTearsTheFile();
+    void thumbnailsFollowTheirRows_data();
+    void thumbnailsFollowTheirRows();
     void thumbnailFolderListing_data();
     void thumbnailFolderListing();
 
@@ -347,6 +349,39 @@ void TestLists::killedSaveNeverTearsTheFile()
         QVERIFY(child.waitForFinished());
         const QByteArray now = readBytes(path);
         QVERIFY2(now == versions[0] || now == versions[1], "the list file was torn by a killed save");
+    }
+}
+
+void TestLists::thumbnailsFollowTheirRows_data()
+{
+    QTest::addColumn<QByteArray>("file");
+    QTest::addColumn<QStringList>("thumbnailFiles");
+    QTest::addColumn<QStringList>("expected"); ///< the thumbnail's name per row, empty for none
+    const QByteArray rows = "G4AAA*a*********\r\nG4BBB*b*********\r\nG4CCC*c*********\r\n";
+    QTest::newRow("every other row") << rows << QStringList{u"G4AAA"_qs, u"G4CCC"_qs}
+                                     << QStringList{u"G4AAA"_qs, QString(), u"G4CCC"_qs};
+    QTest::newRow("only the last") << rows << QStringList{u"G4CCC"_qs} << QStringList{QString(), QString(), u"G4CCC"_qs};
+    // The damaged line's row is kept without a thumbnail, as it always was.
+    QTest::newRow("damaged last line") << rows + "G4DDD*d\r\n" << QStringList{u"G4BBB"_qs, u"G4DDD"_qs}
+                                       << QStringList{QString(), u"G4BBB"_qs, QString(), QString()};
+}
+
+void TestLists::thumbnailsFollowTheirRows()
+{
+    QFETCH(QByteArray, file);
+    QFETCH(QStringList, thumbnailFiles);
+    QFETCH(QStringList, expected);
+    // A folder of its own: the index of a folder is listed once per run.
+    m_context.thumbsDir = m_dir.filePath(u"Thumbs-%1"_qs.arg(QString::fromLatin1(QTest::currentDataTag())));
+    QVERIFY(QDir().mkpath(m_context.thumbsDir));
+    for (const QString &name : thumbnailFiles)
+        writeBytes(m_context.thumbsDir + u'/' + name + u".jpg"_qs, "BM");
+    CallListModel model;
+    loadBytes(model, file);
+    QCOMPARE(model.rowCount(), expected.size());
+    for (int r = 0; r < model.rowCount(); ++r) {
+        const QString path = model.index(r, Column::FirstName).data(CallListModel::ThumbnailPathRole).toString();
+        QCOMPARE(path, expected[r].isEmpty() ? QString() : m_context.thumbsDir + u'/' + expected[r] + u".jpg"_qs);
     }
 }
 

@@ -754,7 +754,7 @@ int main(int argc, char *argv[])
                 worker.lines, worker.plainMs);
     std::printf("    read into rows on the worker (%d rows, %d with a thumbnail):             %7.2f ms\n",
                 worker.rows, worker.withThumbnail, worker.readMs);
-    std::printf("    adopted by a model on the window thread:                                 %7.2f ms\n",
+    std::printf("    adopted by a model on the window thread:                                 %7.3f ms\n",
                 worker.adoptMs);
     const double ratio = (worker.readMs + worker.adoptMs) / worker.plainMs;
     std::printf("    ratio (read + adopt) / plain: %.2fx (target at most 3x: %s)\n", ratio, verdict(ratio <= 3.0));

@@ -13,6 +13,11 @@
 #include <algorithm>
 #include <vector>
 
+#if defined(__GNUC__) && (defined(__x86_64__) || defined(__i386__))
+#include <immintrin.h>
+#define MARVIK_X86_VECTORS 1
+#endif
+
 namespace marvik::lists {
 
 QString azimuthOf(const maps::DistanceFromMe &fromMe, const CallRecord &row)
@@ -34,6 +39,29 @@ QString azimuthOfStored(const maps::DistanceFromMe &fromMe, const StoredRow &row
     if (lat == 0 || lon == 0)
         return {};
     return maps::azimuthText(fromMe.bearing(lat, lon).degrees);
+}
+
+#ifdef MARVIK_X86_VECTORS
+__attribute__((target("avx"))) void zeroUpperHalves()
+{
+    _mm256_zeroupper();
+}
+#endif
+
+/// Qt 6.4's seeded string hash (behind every QHash with QString keys)
+/// leaves the upper halves of the 256-bit registers in use on processors
+/// with the wide AES instructions, and a thread inherits that state from
+/// the one that started it. Until something clears it, every SSE
+/// instruction of the thread pays for merging those halves: a list reads
+/// three times slower, its azimuths ten times. Clearing costs next to
+/// nothing, and nothing the reader calls per row sets them again (see
+/// ThumbnailIndex).
+void clearUpperHalves()
+{
+#ifdef MARVIK_X86_VECTORS
+    if (__builtin_cpu_supports("avx"))
+        zeroUpperHalves();
+#endif
 }
 
 // The picture beside a thumbnail: Images/<name>.jpg for Images/Thumbs/<name>.jpg.
@@ -103,7 +131,6 @@ void StoredRow::setFields(const QStringView *fields, int count, int from)
 ParsedList readListFile(const QString &path, const LoadContext &context)
 {
     ParsedList parsed;
-    parsed.thumbnails = ThumbnailIndex::forFolder(context.thumbsDir);
     LoadReport &report = parsed.report;
     const app::TextFileContent content = app::readTextFile(path);
     if (!content.ok) {
@@ -116,8 +143,11 @@ ParsedList readListFile(const QString &path, const LoadContext &context)
     const maps::DistanceFromMe fromMe(context.me);
 
     std::array<QStringView, kColumnCount> fields;
+    // The thumbnail names of the rows, looked up together at the end.
+    QStringList thumbnailNames;
     qsizetype start = 0;
     const qsizetype n = text.size();
+    clearUpperHalves();
     while (start < n) {
         qsizetype end = start;
         while (end < n && text[end] != u'\r' && text[end] != u'\n')
@@ -147,9 +177,12 @@ ParsedList readListFile(const QString &path, const LoadContext &context)
         }
 
         StoredRow row;
+        QString fileCall;
         QString plainCall;
-        if (count > 0)
-            plainCall = callsign::plainZero(fields[0].toString());
+        if (count > 0) {
+            fileCall = fields[0].toString();
+            plainCall = callsign::plainZero(fileCall);
+        }
         std::array<QStringView, kColumnCount> values{};
         values[0] = plainCall;
         for (int c = 1; c < count && c <= int(Column::Longitude); ++c)
@@ -176,12 +209,18 @@ ParsedList readListFile(const QString &path, const LoadContext &context)
         }();
         values[int(Column::Azimuth)] = azimuth;
         row.setFields(values.data(), kColumnCount);
-        if (isNicknameAtLoad(row.fieldText(Column::FullName), row.fieldText(Column::FirstName)))
+        if (isNicknameAtLoad(row.field(Column::FullName), row.field(Column::FirstName)))
             row.firstNameMark = CellMark::Nickname;
         // The thumbnail goes by the callsign as the file has it, slashed zero and all.
-        row.thumbnail = parsed.thumbnails->find(callsign::fileName(fields[0].toString()));
+        thumbnailNames.append(callsign::fileName(fileCall));
         parsed.rows.append(std::move(row));
     }
+    // The folder is listed once per run, by the first reader to get here:
+    // after its rows, so that the other readers build theirs meanwhile.
+    parsed.thumbnails = ThumbnailIndex::forFolder(context.thumbsDir);
+    const QList<int> thumbnails = parsed.thumbnails->find(thumbnailNames);
+    for (qsizetype r = 0; r < thumbnails.size(); ++r)
+        parsed.rows[r].thumbnail = thumbnails[r];
     return parsed;
 }
 

@@ -33,10 +33,10 @@ QString timeStamp(const QDateTime &when)
     return when.toString(QStringLiteral("yyyyMMddHHmmss"));
 }
 
-bool isNicknameAtLoad(const QString &fullName, const QString &firstName)
+bool isNicknameAtLoad(QStringView fullName, QStringView firstName)
 {
     const qsizetype blank = fullName.indexOf(u' ');
-    const QStringView word = blank < 0 ? QStringView(fullName) : QStringView(fullName).left(blank);
+    const QStringView word = blank < 0 ? fullName : fullName.left(blank);
     if (word.isEmpty())
         return false;
     // Plain ASCII, as nearly every name is, compares without building upper-case copies.
@@ -45,7 +45,7 @@ bool isNicknameAtLoad(const QString &fullName, const QString &firstName)
     };
     if (ascii(word) && ascii(firstName))
         return word.compare(firstName, Qt::CaseInsensitive) != 0;
-    return word.toString().toUpper() != firstName.toUpper();
+    return word.toString().toUpper() != firstName.toString().toUpper();
 }
 
 bool isNicknameWhenEdited(const QString &fullName, const QString &firstName)

@@ -55,7 +55,7 @@ QString timeStamp(const QDateTime &when);
 
 /// The loader's nickname rule: the full name's first word, when there is one,
 /// differs from the first name in upper case.
-bool isNicknameAtLoad(const QString &fullName, const QString &firstName);
+bool isNicknameAtLoad(QStringView fullName, QStringView firstName);
 
 /// The editors' nickname rule (copying, renaming, the add/edit dialog): the
 /// first word differs from the first name as it stands, case and all.

@@ -52,6 +52,7 @@ ListStore::ListStore(const app::DataFolder &data, app::Settings &settings, QObje
     , m_data(data)
     , m_settings(settings)
 {
+    m_readers.setObjectName(QStringLiteral("listReaders"));
     for (int n = 1; n <= kListCount; ++n) {
         auto *model = new CallListModel(this);
         model->setObjectName(QStringLiteral("List%1").arg(n));
@@ -114,7 +115,7 @@ void ListStore::startReading(int list, bool sortAfter)
         m_pendingRows[i] = bytes ? int(app::countLines(QByteArrayView(bytes, file.size()))) : 0;
     }
     const LoadContext ctx = loadContext();
-    m_reading[i] = QtConcurrent::run([path, ctx] { return readOnWorker(path, ctx); });
+    m_reading[i] = QtConcurrent::run(&m_readers, [path, ctx] { return readOnWorker(path, ctx); });
     // Adopted on the window's thread when done, unless someone needed it
     // sooner and adopted it already, or a newer read took its place.
     const quint64 mine = ++m_readCount[i];

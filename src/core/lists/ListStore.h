@@ -8,6 +8,7 @@
 #include <QObject>
 #include <QSet>
 #include <QStringList>
+#include <QThreadPool>
 
 #include <array>
 #include <memory>
@@ -125,6 +126,10 @@ private:
 
     const app::DataFolder &m_data;
     app::Settings &m_settings;
+    /// The list readers' own threads. Not Qt's global pool: the raster
+    /// engine paints large areas on that pool and waits for it, so lists
+    /// read there would hold up the window's paints until they are done.
+    QThreadPool m_readers;
     bool m_starting = false;
     std::array<CallListModel *, kListCount> m_models{};
     /// What each list file was when it was last read, and whether the list

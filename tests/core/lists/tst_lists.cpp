@@ -4,10 +4,13 @@
 #include "core/lists/CallListModel.h"
 #include "core/app/Session.h"
 #include "core/lists/ListFile.h"
+#include "core/lists/Thumbnails.h"
+#include "core/app/Callsign.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QImage>
 #include <QProcess>
 #include <QRandomGenerator>
@@ -64,6 +67,10 @@ private slots:
     void sortKeepsSelectionOnItsEntry();
     void damagedCopyKept();
     void killedSaveNeverTearsTheFile();
+    void thumbnailsFollowTheirRows_data();
+    void thumbnailsFollowTheirRows();
+    void thumbnailFolderListing_data();
+    void thumbnailFolderListing();
 
 private:
     LoadReport loadBytes(CallListModel &model, const QByteArray &bytes);
@@ -343,6 +350,85 @@ void TestLists::killedSaveNeverTearsTheFile()
         const QByteArray now = readBytes(path);
         QVERIFY2(now == versions[0] || now == versions[1], "the list file was torn by a killed save");
     }
+}
+
+void TestLists::thumbnailsFollowTheirRows_data()
+{
+    QTest::addColumn<QByteArray>("file");
+    QTest::addColumn<QStringList>("thumbnailFiles");
+    QTest::addColumn<QStringList>("expected"); ///< the thumbnail's name per row, empty for none
+    const QByteArray rows = "G4AAA*a*********\r\nG4BBB*b*********\r\nG4CCC*c*********\r\n";
+    QTest::newRow("every other row") << rows << QStringList{u"G4AAA"_qs, u"G4CCC"_qs}
+                                     << QStringList{u"G4AAA"_qs, QString(), u"G4CCC"_qs};
+    QTest::newRow("only the last") << rows << QStringList{u"G4CCC"_qs} << QStringList{QString(), QString(), u"G4CCC"_qs};
+    // The damaged line's row is kept without a thumbnail, as it always was.
+    QTest::newRow("damaged last line") << rows + "G4DDD*d\r\n" << QStringList{u"G4BBB"_qs, u"G4DDD"_qs}
+                                       << QStringList{QString(), u"G4BBB"_qs, QString(), QString()};
+}
+
+void TestLists::thumbnailsFollowTheirRows()
+{
+    QFETCH(QByteArray, file);
+    QFETCH(QStringList, thumbnailFiles);
+    QFETCH(QStringList, expected);
+    // A folder of its own: the index of a folder is listed once per run.
+    m_context.thumbsDir = m_dir.filePath(u"Thumbs-%1"_qs.arg(QString::fromLatin1(QTest::currentDataTag())));
+    QVERIFY(QDir().mkpath(m_context.thumbsDir));
+    for (const QString &name : thumbnailFiles)
+        writeBytes(m_context.thumbsDir + u'/' + name + u".jpg"_qs, "BM");
+    CallListModel model;
+    loadBytes(model, file);
+    QCOMPARE(model.rowCount(), expected.size());
+    for (int r = 0; r < model.rowCount(); ++r) {
+        const QString path = model.index(r, Column::FirstName).data(CallListModel::ThumbnailPathRole).toString();
+        QCOMPARE(path, expected[r].isEmpty() ? QString() : m_context.thumbsDir + u'/' + expected[r] + u".jpg"_qs);
+    }
+}
+
+void TestLists::thumbnailFolderListing_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<bool>("found");
+    QTest::newRow("plain call") << u"G4XYZ.jpg"_qs << u"G4XYZ"_qs << true;
+    QTest::newRow("slashed zero") << u"PA\u00D8ABC.jpg"_qs << u"PA\u00D8ABC"_qs << true;
+    QTest::newRow("escaped call") << marvik::callsign::fileName(u"G4XYZ/P"_qs) + u".jpg"_qs
+                                  << marvik::callsign::fileName(u"G4XYZ/P"_qs) << true;
+    QTest::newRow("extension in capitals") << u"K1ABC.JPG"_qs << u"K1ABC"_qs << true;
+    QTest::newRow("hidden file") << u".N0CALL.jpg"_qs << u".N0CALL"_qs << true;
+    QTest::newRow("names keep their case") << u"dl1abc.jpg"_qs << u"DL1ABC"_qs << false;
+    QTest::newRow("not a thumbnail") << u"W1AW.txt"_qs << u"W1AW"_qs << false;
+    QTest::newRow("a folder so named") << u"VK2ABC.jpg/"_qs << u"VK2ABC"_qs << false;
+}
+
+void TestLists::thumbnailFolderListing()
+{
+    QFETCH(QString, file);
+    QFETCH(QString, name);
+    QFETCH(bool, found);
+    const QString folder = m_dir.filePath(u"Thumbs-%1"_qs.arg(QString::fromLatin1(QTest::currentDataTag())));
+    QVERIFY(QDir().mkpath(folder));
+    if (file.endsWith(u'/'))
+        QVERIFY(QDir(folder).mkdir(file.chopped(1)));
+    else
+        writeBytes(folder + u'/' + file, "BM");
+    // A folder of many thumbnails, the one looked for among them.
+    for (int i = 0; i < 300; ++i)
+        writeBytes(folder + u"/DL%1XX.jpg"_qs.arg(i), "BM");
+
+    ThumbnailIndex index(folder);
+    const int id = index.find(name);
+    QCOMPARE(id >= 0, found);
+    QVERIFY(index.find(u"DL299XX"_qs) >= 0);
+    QCOMPARE(index.find(u"DL300XX"_qs), -1);
+    if (found && file.endsWith(u".jpg"_qs))
+        QVERIFY(QFileInfo::exists(index.path(id)));
+    // A thumbnail Marvik writes later is found from then on, under one number.
+    const int added = index.add(u"ON4NEW"_qs);
+    QCOMPARE(index.find(u"ON4NEW"_qs), added);
+    QCOMPARE(index.add(u"ON4NEW"_qs), added);
+    QCOMPARE(index.fromPath(folder + u"/ON4NEW.jpg"_qs), added);
+    QCOMPARE(index.path(added), folder + u"/ON4NEW.jpg"_qs);
 }
 
 // The child of killedSaveNeverTearsTheFile().

@@ -101,6 +101,8 @@ private:
         m_window->show();
         if (!QTest::qWaitForWindowExposed(m_window))
             return nullptr;
+        // The lists arrive from their readers after the first paint.
+        m_root->lists().finishReading();
         // The status line goes to rest sooner than the user's 4 s.
         timer(3)->setInterval(150);
         return m_window;

@@ -112,6 +112,8 @@ private:
         m_window->show();
         if (!QTest::qWaitForWindowExposed(m_window))
             return nullptr;
+        // The lists arrive from their readers after the first paint.
+        m_root->lists().finishReading();
         return m_window;
     }
     QTimer *timer(int n) const { return test::findPart<QTimer>(*m_root, QStringLiteral("Timer%1").arg(n)); }

@@ -91,14 +91,21 @@ QStringList splitLines(QStringView text)
 
 qsizetype countLines(QByteArrayView bytes)
 {
-    qsizetype lines = 0;
+    // memchr runs through a list file of megabytes in well under a
+    // millisecond; a lone CR (a file from an old Mac editor) ends a line too.
     const qsizetype n = bytes.size();
-    for (qsizetype i = 0; i < n; ++i) {
-        const char c = bytes[i];
-        if (c == '\n' || (c == '\r' && (i + 1 == n || bytes[i + 1] != '\n')))
+    if (n == 0)
+        return 0;
+    const char *data = bytes.data();
+    const char *end = data + n;
+    qsizetype lines = 0;
+    for (const char *p = data; (p = static_cast<const char *>(std::memchr(p, '\n', size_t(end - p)))); ++p)
+        ++lines;
+    for (const char *p = data; (p = static_cast<const char *>(std::memchr(p, '\r', size_t(end - p)))); ++p) {
+        if (p + 1 == end || p[1] != '\n')
             ++lines;
     }
-    if (n > 0 && bytes[n - 1] != '\n' && bytes[n - 1] != '\r')
+    if (data[n - 1] != '\n' && data[n - 1] != '\r')
         ++lines;
     return lines;
 }

@@ -13,7 +13,10 @@ Selection::Selection(lists::ListStore &lists, QObject *parent)
 
 int Selection::currentRow() const
 {
-    if (!m_index.isValid() || m_index.model() != m_lists.model(m_list))
+    // The models as they stand: a list still being read has no selected
+    // row, and asking must not wait for its reader.
+    if (!m_index.isValid() || m_list < 1 || m_list > lists::kListCount
+        || m_index.model() != m_lists.models()[std::size_t(m_list - 1)])
         return -1;
     return m_index.row();
 }

@@ -77,8 +77,10 @@ ShareController::~ShareController()
 
 bool ShareController::isMarked(int row) const
 {
+    if (row < 0)
+        return false;
     const lists::CallListModel *model = m_lists.model(m_selection.currentList());
-    return model && row >= 0 && row < model->rowCount() && model->record(row).callsignBack == lists::kMarkColour;
+    return model && row < model->rowCount() && model->record(row).callsignBack == lists::kMarkColour;
 }
 
 void ShareController::toggleMark()

@@ -54,19 +54,19 @@ void paintPanel(QPainter &p, const Theme &theme)
         p.setPen(theme.text);
         p.drawText(QRect(6, y, kLabelWidth, kCellHeight), Qt::AlignVCenter, QString::fromLatin1(kStyleNames[row]));
         for (int c = 0; c < 5; ++c) {
-            gui::FaceSpec spec;
-            spec.style = static_cast<ButtonStyle>(row + 1);
-            spec.look = c == 1 || c == 3 ? ButtonLook::Hot : c == 2 ? ButtonLook::Pressed : ButtonLook::Normal;
-            spec.enabled = c != 4;
-            spec.focusRect = c == 3;
-            spec.colours = widgets::buttonColours(widgets::ColorScheme::OwnColours,
-                {theme.button, theme.buttonText, theme.button, theme.buttonText, theme.accent, spec.enabled});
-            spec.caption = captions[c];
-            spec.font = QApplication::font();
-            const QSize hint = gui::buttonSizeHint(spec.style, QFontMetricsF(spec.font), spec.caption);
+            gui::FaceRequest request;
+            request.style = static_cast<ButtonStyle>(row + 1);
+            request.look = c == 1 || c == 3 ? ButtonLook::Hot : c == 2 ? ButtonLook::Pressed : ButtonLook::Normal;
+            request.enabled = c != 4;
+            request.focusRect = c == 3;
+            request.colours = widgets::buttonColours(widgets::ColorScheme::OwnColours,
+                {theme.button, theme.buttonText, theme.button, theme.buttonText, theme.accent, request.enabled});
+            request.caption = captions[c];
+            request.font = QApplication::font();
+            const QSize hint = gui::buttonSizeHint(request.style, QFontMetricsF(request.font), request.caption);
             const QRectF cell(kLabelWidth + c * kCellWidth + 4, y + (kCellHeight - hint.height()) / 2.0, kCellWidth - 8,
                 hint.height());
-            paintButtonFace(p, cell, spec);
+            paintButtonFace(p, cell, request);
         }
     }
 }

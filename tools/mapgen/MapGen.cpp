@@ -46,7 +46,7 @@ struct Box
     double lonMin, lonMax, latMin, latMax;
 };
 
-struct MapSpec
+struct MapPlan
 {
     QString name;
     QSize size;
@@ -245,8 +245,8 @@ Line unwrapped(const Line &line, bool closed)
 class Drawer
 {
 public:
-    Drawer(const MapSpec &spec, QPainter &painter)
-        : m_spec(spec)
+    Drawer(const MapPlan &plan, QPainter &painter)
+        : m_plan(plan)
         , m_p(painter)
     {
     }
@@ -254,22 +254,22 @@ public:
     /// The map's pixel of a point of piece `piece`; empty where the fit has none.
     std::optional<QPointF> pixel(QPointF lonLat, int piece) const
     {
-        lonLat.rx() += m_spec.shifts.value(piece);
-        return mapPoint(m_spec.name, lonLat.y(), lonLat.x());
+        lonLat.rx() += m_plan.shifts.value(piece);
+        return mapPoint(m_plan.name, lonLat.y(), lonLat.x());
     }
 
     void fill(const Layer &layer, const std::function<QColor(int)> &colour)
     {
         for (const Polygon &poly : layer.polys) {
-            for (int piece = 0; piece < m_spec.pieces.size(); ++piece) {
+            for (int piece = 0; piece < m_plan.pieces.size(); ++piece) {
                 QPainterPath path;
                 path.setFillRule(Qt::OddEvenFill);
                 for (const Line &ring : poly.rings) {
-                    const Line cut = clipRing(unwrapped(ring, true), m_spec.pieces[piece]);
+                    const Line cut = clipRing(unwrapped(ring, true), m_plan.pieces[piece]);
                     if (cut.size() < 3)
                         continue;
                     bool first = true;
-                    for (const QPointF &ll : densified(cut, m_spec.densify, true)) {
+                    for (const QPointF &ll : densified(cut, m_plan.densify, true)) {
                         const std::optional<QPointF> px = pixel(ll, piece);
                         if (!px)
                             continue;
@@ -300,10 +300,10 @@ public:
     void addLine(QPainterPath &path, const Line &line)
     {
         const double jump = 12;
-        for (int piece = 0; piece < m_spec.pieces.size(); ++piece) {
-            for (const Line &cut : clipLine(unwrapped(line, false), m_spec.pieces[piece])) {
+        for (int piece = 0; piece < m_plan.pieces.size(); ++piece) {
+            for (const Line &cut : clipLine(unwrapped(line, false), m_plan.pieces[piece])) {
                 std::optional<QPointF> last;
-                for (const QPointF &ll : densified(cut, m_spec.densify, false)) {
+                for (const QPointF &ll : densified(cut, m_plan.densify, false)) {
                     const std::optional<QPointF> px = pixel(ll, piece);
                     if (px && last && QLineF(*last, *px).length() < jump)
                         path.lineTo(*px);
@@ -316,7 +316,7 @@ public:
     }
 
 private:
-    const MapSpec &m_spec;
+    const MapPlan &m_plan;
     QPainter &m_p;
 };
 
@@ -350,14 +350,14 @@ void drawText(QPainter &p, const QPointF &at, const QString &text, Qt::Alignment
     p.fillPath(path, kGridText);
 }
 
-/// Parallels and meridians every `spec.graticule` degrees, with their
+/// Parallels and meridians every `plan.graticule` degrees, with their
 /// degrees written where they leave the picture (or, on the world map, along
 /// its rim and the equator).
-void drawGraticule(const MapSpec &spec, QPainter &p, bool world)
+void drawGraticule(const MapPlan &plan, QPainter &p, bool world)
 {
-    const double step = spec.graticule;
-    const Box all {spec.pieces.first().lonMin, world ? 190 : spec.pieces.first().lonMax, spec.pieces.first().latMin,
-        spec.pieces.first().latMax};
+    const double step = plan.graticule;
+    const Box all {plan.pieces.first().lonMin, world ? 190 : plan.pieces.first().lonMax, plan.pieces.first().latMin,
+        plan.pieces.first().latMax};
     QPainterPath grid;
     QList<std::pair<Line, double>> parallels;
     QList<std::pair<Line, double>> meridians;
@@ -365,7 +365,7 @@ void drawGraticule(const MapSpec &spec, QPainter &p, bool world)
         if (std::fabs(lat) >= 89.9)
             continue;
         Line l;
-        for (double lon = all.lonMin; lon <= all.lonMax + 1e-9; lon += spec.densify)
+        for (double lon = all.lonMin; lon <= all.lonMax + 1e-9; lon += plan.densify)
             l.append({lon, lat});
         parallels.append({l, lat});
     }
@@ -373,13 +373,13 @@ void drawGraticule(const MapSpec &spec, QPainter &p, bool world)
         Line l;
         const double top = world ? 89.99 : all.latMax;
         const double bottom = world ? -89.99 : all.latMin;
-        for (double lat = bottom; lat <= top + 1e-9; lat += spec.densify)
+        for (double lat = bottom; lat <= top + 1e-9; lat += plan.densify)
             l.append({lon, lat});
         meridians.append({l, lon});
     }
     const auto pixelOf = [&](const QPointF &ll) {
         // The world map's grid is drawn east of its cut as it is labelled.
-        return mapPoint(spec.name, ll.y(), ll.x());
+        return mapPoint(plan.name, ll.y(), ll.x());
     };
     const auto path = [&](const Line &l) {
         QPainterPath pp;
@@ -400,22 +400,22 @@ void drawGraticule(const MapSpec &spec, QPainter &p, bool world)
         grid.addPath(path(l));
     for (const auto &[l, lon] : meridians)
         grid.addPath(path(l));
-    p.strokePath(grid, QPen(kGrid, 0.8 * spec.lineScale));
+    p.strokePath(grid, QPen(kGrid, 0.8 * plan.lineScale));
 
     QFont font(u"Liberation Sans"_qs);
     font.setPixelSize(world ? 11 : 12);
     p.setFont(font);
-    const QRectF frame(QPointF(0, 0), QSizeF(spec.size));
+    const QRectF frame(QPointF(0, 0), QSizeF(plan.size));
     if (world) {
         for (const auto &[l, lat] : parallels) {
-            if (const auto west = mapPoint(spec.name, lat, -170))
+            if (const auto west = mapPoint(plan.name, lat, -170))
                 drawText(p, *west + QPointF(4, 0), degrees(lat, u'N', u'S'), Qt::AlignLeft | Qt::AlignBottom);
         }
         for (const auto &[l, lon] : meridians) {
             if (std::fmod(std::fabs(lon), 30) != 0 || lon >= 190)
                 continue;
             const double shown = lon > 180 ? lon - 360 : lon;
-            if (const auto at = mapPoint(spec.name, 0, lon))
+            if (const auto at = mapPoint(plan.name, 0, lon))
                 drawText(p, *at + QPointF(3, 0), degrees(shown, u'E', u'W'), Qt::AlignLeft | Qt::AlignTop);
         }
         return;
@@ -448,21 +448,21 @@ void drawGraticule(const MapSpec &spec, QPainter &p, bool world)
     }
 }
 
-QImage drawMap(const MapSpec &spec, const QString &layers)
+QImage drawMap(const MapPlan &plan, const QString &layers)
 {
-    const bool world = spec.name == u"World Map"_qs;
-    const QString scale = spec.fineScale ? u"10m"_qs : u"50m"_qs;
+    const bool world = plan.name == u"World Map"_qs;
+    const QString scale = plan.fineScale ? u"10m"_qs : u"50m"_qs;
     const Layer countries = readLayer(layers, u"countries"_qs + scale);
     const Layer borders = readLayer(layers, u"borders"_qs + scale);
     const Layer coast = readLayer(layers, u"coast"_qs + scale);
     const Layer lakes = readLayer(layers, u"lakes50m"_qs);
     const Layer admin = readLayer(layers, u"admin1"_qs);
 
-    QImage image(spec.size, QImage::Format_RGB32);
+    QImage image(plan.size, QImage::Format_RGB32);
     image.fill(world ? kOutside : kWater);
     QPainter p(&image);
     p.setRenderHint(QPainter::Antialiasing);
-    Drawer drawer(spec, p);
+    Drawer drawer(plan, p);
 
     Line outline;
     if (world) {
@@ -475,13 +475,13 @@ QImage drawMap(const MapSpec &spec, const QString &layers)
         globe.polys.append({0, {outline}});
         drawer.fill(globe, [](int) { return kWater; });
     }
-    const double w = spec.lineScale;
+    const double w = plan.lineScale;
     drawer.fill(countries, [](int c) { return kLand[c % std::size(kLand)]; });
     // First-level borders end at a lake's shore; a country's border crosses
     // the lake, as the Great Lakes' does.
     drawer.stroke(admin.lines, QPen(kAdmin, 0.8 * w, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     drawer.fill(lakes, [](int) { return kWater; });
-    drawGraticule(spec, p, world);
+    drawGraticule(plan, p, world);
     drawer.stroke(borders.lines, QPen(kBorder, 1.1 * w, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     QList<Line> lakeShores;
     for (const Polygon &lake : lakes.polys)
@@ -494,7 +494,7 @@ QImage drawMap(const MapSpec &spec, const QString &layers)
         QPainterPath path;
         bool first = true;
         for (const QPointF &ll : outline) {
-            const auto px = mapPoint(spec.name, ll.y(), ll.x());
+            const auto px = mapPoint(plan.name, ll.y(), ll.x());
             if (!px)
                 continue;
             if (first)
@@ -510,7 +510,7 @@ QImage drawMap(const MapSpec &spec, const QString &layers)
     QFont small(u"Liberation Sans"_qs);
     small.setPixelSize(10);
     p.setFont(small);
-    drawText(p, QPointF(spec.size.width() - 4, spec.size.height() - 2), u"Natural Earth"_qs,
+    drawText(p, QPointF(plan.size.width() - 4, plan.size.height() - 2), u"Natural Earth"_qs,
         Qt::AlignRight | Qt::AlignBottom);
     return image;
 }
@@ -563,7 +563,7 @@ QImage withPalette(const QImage &image)
     return image.convertToFormat(QImage::Format_Indexed8, table, Qt::ThresholdDither | Qt::AvoidDither);
 }
 
-QList<MapSpec> specs()
+QList<MapPlan> mapPlans()
 {
     // Sizes: each bitmap starts at the fit's origin and reaches far enough to
     // hold its region (docs/maps.md lists them).
@@ -596,11 +596,11 @@ int main(int argc, char *argv[])
     }
     QDir().mkpath(args[1]);
     const QStringList only = args.mid(2);
-    for (const MapSpec &spec : specs()) {
-        if (!only.isEmpty() && !only.contains(spec.name))
+    for (const MapPlan &plan : mapPlans()) {
+        if (!only.isEmpty() && !only.contains(plan.name))
             continue;
-        const QImage image = withPalette(drawMap(spec, args[0]));
-        const QString file = args[1] + u'/' + spec.name + u".png"_qs;
+        const QImage image = withPalette(drawMap(plan, args[0]));
+        const QString file = args[1] + u'/' + plan.name + u".png"_qs;
         if (!image.save(file, "PNG", 0)) {
             std::fprintf(stderr, "mapgen: cannot write %s\n", qPrintable(file));
             return 1;

@@ -320,21 +320,21 @@ Face paintLifted(QPainter &p, const QRectF &r, const ButtonShades &s, ButtonLook
     return face;
 }
 
-void paintCaption(QPainter &p, const Face &face, const FaceSpec &spec)
+void paintCaption(QPainter &p, const Face &face, const FaceRequest &request)
 {
-    if (spec.caption.isEmpty())
+    if (request.caption.isEmpty())
         return;
-    const QString text = widgets::mnemonicText(spec.caption);
+    const QString text = widgets::mnemonicText(request.caption);
     // One line, centred both ways, tabs expanded, the access key underlined
     // even before Alt is pressed.
     const int flags = Qt::AlignCenter | Qt::TextSingleLine | Qt::TextExpandTabs | Qt::TextShowMnemonic;
     const QRectF box = face.body.translated(face.shift);
-    p.setFont(spec.font);
-    if (!spec.enabled && face.etched && spec.colours.etch.isValid()) {
-        p.setPen(spec.colours.etch);
+    p.setFont(request.font);
+    if (!request.enabled && face.etched && request.colours.etch.isValid()) {
+        p.setPen(request.colours.etch);
         p.drawText(box.translated(1, 1), flags, text);
     }
-    p.setPen(spec.colours.text);
+    p.setPen(request.colours.text);
     p.drawText(box, flags, text);
 }
 
@@ -400,23 +400,23 @@ QRegion buttonMask(ButtonStyle style, const QSize &size)
     return region;
 }
 
-void paintButtonFace(QPainter &painter, const QRectF &rect, const FaceSpec &spec)
+void paintButtonFace(QPainter &painter, const QRectF &rect, const FaceRequest &request)
 {
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing, true);
-    const ButtonShades &s = spec.colours.shades;
+    const ButtonShades &s = request.colours.shades;
     // A disabled button neither lights up nor goes down.
-    const ButtonLook look = spec.enabled ? spec.look : ButtonLook::Normal;
+    const ButtonLook look = request.enabled ? request.look : ButtonLook::Normal;
     // In ButtonType order.
     using StylePainter = Face (*)(QPainter &, const QRectF &, const ButtonShades &, ButtonLook);
     static constexpr StylePainter kPainters[]
         = {paintClassic, paintSoft, paintFlat, paintPill, paintOutlined, paintChiselled, paintLifted};
     static_assert(std::size(kPainters) == static_cast<std::size_t>(ButtonStyle::Lifted));
-    const int index = static_cast<int>(buttonStyleFrom(static_cast<int>(spec.style))) - 1;
+    const int index = static_cast<int>(buttonStyleFrom(static_cast<int>(request.style))) - 1;
     const Face face = kPainters[index](painter, rect, s, look);
-    paintCaption(painter, face, spec);
-    if (spec.focusRect && spec.enabled) {
-        painter.setPen(QPen(spec.colours.focus, 1, Qt::DotLine));
+    paintCaption(painter, face, request);
+    if (request.focusRect && request.enabled) {
+        painter.setPen(QPen(request.colours.focus, 1, Qt::DotLine));
         painter.setBrush(Qt::NoBrush);
         painter.drawPath(face.focus.translated(face.shift));
     }

@@ -32,7 +32,7 @@ ButtonStyle buttonStyleFrom(int type);
 enum class ButtonLook { Normal, Hot, Pressed };
 
 /// Everything one button face is painted from.
-struct FaceSpec
+struct FaceRequest
 {
     ButtonStyle style = ButtonStyle::Soft;
     ButtonLook look = ButtonLook::Normal;
@@ -52,7 +52,7 @@ QRegion buttonMask(ButtonStyle style, const QSize &size);
 
 /// Paints a whole button (face, edges, caption, focus rectangle) into
 /// `rect`, in device-independent pixels.
-void paintButtonFace(QPainter &painter, const QRectF &rect, const FaceSpec &spec);
+void paintButtonFace(QPainter &painter, const QRectF &rect, const FaceRequest &request);
 
 /// A size that shows the caption whole with room around it, and never
 /// smaller than a standard dialog button (75 x 23).

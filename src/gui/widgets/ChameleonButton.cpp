@@ -164,16 +164,16 @@ widgets::ButtonColours ChameleonButton::colours() const
 
 void ChameleonButton::paintEvent(QPaintEvent *)
 {
-    FaceSpec spec;
-    spec.style = buttonStyleFrom(m_type);
-    spec.look = look();
-    spec.colours = colours();
-    spec.enabled = isEnabled();
-    spec.focusRect = m_showFocusRect && hasFocus();
-    spec.caption = m_caption;
-    spec.font = font();
+    FaceRequest request;
+    request.style = buttonStyleFrom(m_type);
+    request.look = look();
+    request.colours = colours();
+    request.enabled = isEnabled();
+    request.focusRect = m_showFocusRect && hasFocus();
+    request.caption = m_caption;
+    request.font = font();
     QPainter painter(this);
-    paintButtonFace(painter, QRectF(rect()), spec);
+    paintButtonFace(painter, QRectF(rect()), request);
 }
 
 void ChameleonButton::resizeEvent(QResizeEvent *event)

@@ -612,9 +612,9 @@ void MainWindow::activateRow()
     if (keyboardRow() < 0)
         return;
     // The map when it can be drawn, else the picture.
+    m_commands.refresh();
     for (const QString &name : {kMapCommand, QStringLiteral("mnuShowPic")}) {
         QAction *a = m_commands.action(name);
-        m_commands.refresh();
         if (a->isEnabled()) {
             a->trigger();
             return;

@@ -2,6 +2,7 @@
 // Not a test: shows the add/edit dialog, the setup dialog and the
 // new-version question side by side in one picture, for review on the
 // desktop's palette or a dark one (--dark), at any QT_SCALE_FACTOR.
+#include "core/lists/ListStore.h"
 #include "support/GuiTestUtil.h"
 #include "support/MarvikUnderTest.h"
 
@@ -87,6 +88,7 @@ int main(int argc, char *argv[])
     gui::CompositionRoot root(dir.path(), &store);
     if (!root.startUp())
         return 1;
+    root.lists().finishReading();
 
     QList<QPixmap> shots;
     root.dialogs()->openAddEdit(QStringLiteral("DL1ABC"));

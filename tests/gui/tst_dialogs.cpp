@@ -108,6 +108,7 @@ private:
         m_window = m_root->mainWindow();
         if (!m_root->startUp())
             return false;
+        m_root->lists().finishReading();
         m_window->show();
         return QTest::qWaitForWindowExposed(m_window);
     }

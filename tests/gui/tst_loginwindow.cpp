@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The log-in browser window against the local callbook server: it starts
 // with Marvik's cookies, and what the site sets there counts for lookups.
+#include "core/lists/ListStore.h"
 #include "support/GuiTestUtil.h"
 #include "support/CallbookServer.h"
 #include "support/WebEngineTests.h"
@@ -68,6 +69,7 @@ private slots:
 
         gui::CompositionRoot root(dir.path(), &store);
         QVERIFY(root.startUp());
+        root.lists().finishReading();
         gui::LookupController *controller = root.lookup();
         gui::MainWindow &window = *root.mainWindow();
         window.show();

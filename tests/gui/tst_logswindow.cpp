@@ -120,6 +120,7 @@ private:
         m_root = std::make_unique<gui::CompositionRoot>(m_dir->path(), m_store.get());
         if (!m_root->startUp())
             return false;
+        m_root->lists().finishReading();
         m_root->logs()->setFileChooser([this](const LogsController::FileQuestion &q) {
             m_asked << q;
             return m_answer;

@@ -49,6 +49,7 @@ private:
         QVERIFY(m_root->startUp());
         m_root->mainWindow()->show();
         QVERIFY(QTest::qWaitForWindowExposed(m_root->mainWindow()));
+        m_root->lists().finishReading();
     }
     void click(int row)
     {

@@ -103,6 +103,7 @@ private:
         m_root = std::make_unique<gui::CompositionRoot>(m_dir->path(), m_store.get());
         if (!m_root->startUp())
             return false;
+        m_root->lists().finishReading();
         m_root->mainWindow()->show();
         return QTest::qWaitForWindowExposed(m_root->mainWindow());
     }

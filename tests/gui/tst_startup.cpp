@@ -198,6 +198,33 @@ private slots:
             QCOMPARE(readAll(path), before);
     }
 
+    // A list picked while the readers are busy elsewhere, or while its own
+    // read is under way, is read then and shown whole; the others arrive too.
+    void listChosenWhileTheReadersAreBusy_data()
+    {
+        QTest::addColumn<int>("list");
+        QTest::newRow("still queued") << 5;
+        QTest::newRow("being read") << 2;
+    }
+    void listChosenWhileTheReadersAreBusy()
+    {
+        QFETCH(int, list);
+        constexpr int kBig = 40000;
+        const QByteArray prefixes[] = {"G4", "W", "N", "K", "VK"};
+        for (int n = 1; n <= 4; ++n)
+            writeAll(file(QStringLiteral("List%1.dat").arg(n)), listOf(prefixes[n - 1], kBig));
+        writeAll(file(QStringLiteral("List5.dat")), listOf("VK", 3));
+        QVERIFY(start());
+        choose(list);
+        const int rows = list == 5 ? 3 : kBig;
+        QTRY_COMPARE_WITH_TIMEOUT(callsigns(list).size(), rows, 60000);
+        QCOMPARE(callsigns(list).constFirst(), QString::fromLatin1(prefixes[list - 1]) + u"100000");
+        QCOMPARE(m_root->mainWindow()->shownList(), list);
+        m_root->lists().finishReading();
+        for (int n = 1; n <= 5; ++n)
+            QCOMPARE(callsigns(n).size(), n == 5 ? 3 : kBig);
+    }
+
     // The big lists are not the current one: the window must not wait for
     // them, neither for their reading nor for the threads that read them.
     void windowPaintsWhileLargeListsAreRead()

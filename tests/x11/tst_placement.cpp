@@ -3,6 +3,7 @@
 // always-on-top switched on and off again, closed and started again, it
 // comes back to the same pixel, and switching always-on-top leaves it the
 // active window.
+#include "core/lists/ListStore.h"
 #include "gui/app/Commands.h"
 #include "gui/app/CompositionRoot.h"
 #include "gui/app/MainWindow.h"
@@ -34,6 +35,7 @@ private:
         auto root = std::make_unique<gui::CompositionRoot>(m_dir.path(), m_store.get());
         if (!root->startUp())
             return nullptr;
+        root->lists().finishReading();
         root->mainWindow()->show();
         if (!QTest::qWaitForWindowExposed(root->mainWindow()))
             return nullptr;

@@ -53,6 +53,10 @@ ListStore::ListStore(const app::DataFolder &data, app::Settings &settings, QObje
     , m_settings(settings)
 {
     m_readers.setObjectName(QStringLiteral("listReaders"));
+    // Two at a time: the window keeps a core to itself, and five large lists
+    // read at once would hold five files' rows in memory at the same moment.
+    // The others wait their turn in the queue.
+    m_readers.setMaxThreadCount(2);
     for (int n = 1; n <= kListCount; ++n) {
         auto *model = new CallListModel(this);
         model->setObjectName(QStringLiteral("List%1").arg(n));
@@ -62,8 +66,11 @@ ListStore::ListStore(const app::DataFolder &data, app::Settings &settings, QObje
 
 ListStore::~ListStore()
 {
-    // A worker still reading must not outlive what it reports to.
-    for (QFuture<std::shared_ptr<Reading>> &f : m_reading) {
+    // A worker still reading must not outlive what it reports to. The
+    // future leaves its slot first: a wait may run a queued read right here,
+    // and its hand-over must find nothing left to adopt.
+    for (QFuture<std::shared_ptr<Reading>> &slot : m_reading) {
+        QFuture<std::shared_ptr<Reading>> f = std::exchange(slot, {});
         if (f.isValid())
             f.waitForFinished();
     }
@@ -104,8 +111,11 @@ LoadContext ListStore::loadContext() const
 void ListStore::startReading(int list, bool sortAfter)
 {
     const std::size_t i = std::size_t(list - 1);
-    if (m_reading[i].isValid())
-        m_reading[i].waitForFinished(); // the newer read wins; the older one is dropped
+    // The newer read wins; the older one is dropped. It leaves its slot
+    // before the wait: a read still queued runs right here, on this thread,
+    // and its hand-over must not adopt it or touch the future being waited on.
+    if (QFuture<std::shared_ptr<Reading>> older = std::exchange(m_reading[i], {}); older.isValid())
+        older.waitForFinished();
     m_sortAfter[i] = sortAfter;
     const QString path = m_data.listFile(list);
     {

@@ -3,6 +3,7 @@
 // the row menu on a page of the local server, it captures what the browser
 // shows at each picture size, saves Map.bmp and the user's copy, offers the
 // picture as image/bmp, and pastes it into the stand-in EasyPal.
+#include "core/lists/ListStore.h"
 #include "support/CallbookServer.h"
 #include "support/FakeEasyPal.h"
 #include "support/GuiTestUtil.h"
@@ -136,6 +137,7 @@ void TestCaptureWindow::initTestCase()
     QVERIFY(m_root->startUp());
     m_root->mainWindow()->show();
     QVERIFY(QTest::qWaitForWindowExposed(m_root->mainWindow()));
+    m_root->lists().finishReading();
 }
 
 void TestCaptureWindow::cleanupTestCase()

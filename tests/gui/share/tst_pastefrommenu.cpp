@@ -3,6 +3,7 @@
 // an X server with a window manager: the stand-in EasyPal is restored,
 // raised and sent F7 while the clipboard holds the list text; a window with
 // another title, or none, gets no key.
+#include "core/lists/ListStore.h"
 #include "support/FakeEasyPal.h"
 #include "support/GuiTestUtil.h"
 #include "support/MarvikUnderTest.h"
@@ -74,6 +75,7 @@ void TestPasteFromMenu::initTestCase()
     QVERIFY(m_root->startUp());
     m_root->mainWindow()->show();
     QVERIFY(QTest::qWaitForWindowExposed(m_root->mainWindow()));
+    m_root->lists().finishReading();
     // One row marked, so the text on the clipboard is the window's own.
     pickFromRowMenu(0, gui::kMarkCommand);
 }

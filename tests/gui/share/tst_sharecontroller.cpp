@@ -105,6 +105,7 @@ private slots:
         QVERIFY(m_root->startUp());
         m_root->mainWindow()->show();
         QVERIFY(QTest::qWaitForWindowExposed(m_root->mainWindow()));
+        m_root->lists().finishReading();
     }
     void cleanup()
     {

@@ -348,7 +348,6 @@ private:
 /// Marvik started as src/app/main.cpp starts it, with the probe attached.
 int marvikChild(int argc, char *argv[], const QString &dir, bool scroll)
 {
-    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Marvik"));
     QApplication::setDesktopFileName(QStringLiteral("marvik"));

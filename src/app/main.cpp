@@ -28,8 +28,6 @@ void onTerminate(int)
 
 int main(int argc, char *argv[])
 {
-    // The log-in browser window shares OpenGL contexts with the widgets.
-    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Marvik"));
     QApplication::setApplicationVersion(QStringLiteral(MARVIK_VERSION));

@@ -11,6 +11,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <functional>
+
 using namespace marvik;
 
 namespace {
@@ -41,7 +43,8 @@ QByteArray xdotool(const QStringList &args, int timeoutMs = 20000)
 /// Starts Marvik on `data` with `env` added, answers every box it shows at
 /// start with Escape (each question's safe answer), then closes the main
 /// window with Alt+F4 as a user does. Fails the test when it does not end well.
-void runAndClose(const QString &data, const QString &config, const QStringList &env, int boxes)
+void runAndClose(const QString &data, const QString &config, const QStringList &env, int boxes,
+                 const std::function<void(qint64 pid)> &whileOpen = {})
 {
     QProcess marvik;
     QProcessEnvironment e = QProcessEnvironment::systemEnvironment();
@@ -58,6 +61,8 @@ void runAndClose(const QString &data, const QString &config, const QStringList &
                                   .split('\n')
                                   .value(0);
     QVERIFY2(!window.isEmpty(), "the main window did not appear");
+    if (whileOpen)
+        whileOpen(marvik.processId());
     for (int box = 0; box < boxes; ++box) {
         const QByteArray dialog = xdotool({QStringLiteral("search"), QStringLiteral("--sync"), QStringLiteral("--onlyvisible"),
                                            QStringLiteral("--name"), QStringLiteral("^Marvik$")})
@@ -125,9 +130,17 @@ private slots:
                  "QRZCQ/Host=http://127.0.0.1:9\nCallook/Host=http://127.0.0.1:9\nHamCall/Host=http://127.0.0.1:9\n"
                  "Pictures/Host=http://127.0.0.1:9/\n");
 
-        runAndClose(data, config, {}, 0);
+        // Nothing at start-up draws through OpenGL: the graphics driver,
+        // tens of MiB, is mapped only once a web window opens.
+        QByteArray mapped;
+        runAndClose(data, config, {}, 0, [&mapped](qint64 pid) {
+            mapped = readAll(QStringLiteral("/proc/%1/maps").arg(pid));
+        });
         if (QTest::currentTestFailed())
             return;
+        QVERIFY(mapped.contains("libQt6Gui"));
+        for (const char *driver : {"_dri.so", "libGLX_mesa", "libEGL_mesa", "libLLVM", "libgallium", "libQt6WebEngine"})
+            QVERIFY2(!mapped.contains(driver), driver);
 
         // The loader's sort turned sort mode 1 into 9, and 9 is written as it stands.
         const QByteArray cfg = readAll(data + QStringLiteral("/Marvik.cfg"));

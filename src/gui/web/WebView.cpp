@@ -9,7 +9,15 @@
 #include <QDir>
 #include <QLabel>
 #include <QLibrary>
+#include <QOpenGLContext>
 #include <QVBoxLayout>
+
+#if QT_CONFIG(opengl)
+// Qt's own hooks for the context every other OpenGL context shares with;
+// exported by Qt GUI for the web engine and declared in no public header.
+Q_GUI_EXPORT QOpenGLContext *qt_gl_global_share_context();
+Q_GUI_EXPORT void qt_gl_set_global_share_context(QOpenGLContext *context);
+#endif
 
 namespace marvik::gui {
 
@@ -36,6 +44,45 @@ QString modulePath()
                            + QStringLiteral(MARVIK_WEB_SUBDIR) + QStringLiteral("/libmarvik_web.so"));
 }
 
+/// The web engine draws through OpenGL contexts shared with the window's
+/// own. Asked at start-up, QApplication makes that shared context at once
+/// and maps the graphics driver (tens of MiB) into every run; made here,
+/// just before the engine starts, only a run that opens a web window pays.
+/// No OpenGL context exists before this one (the windows are raster), so
+/// none misses the sharing. The context is set even when the display has
+/// no OpenGL, as QApplication does: the engine then sees it is not valid
+/// and draws in software, where no context at all would crash it.
+void shareOpenGlContexts()
+{
+#if QT_CONFIG(opengl)
+    if (qt_gl_global_share_context())
+        return;
+    auto *context = new QOpenGLContext;
+    context->setFormat(QSurfaceFormat::defaultFormat());
+    if (!context->create())
+        qCInfo(lcApp) << "no OpenGL: the web engine draws in software";
+    qt_gl_set_global_share_context(context);
+    {
+        // Qt warns that the attribute belongs before the application is
+        // made, lest a context made earlier miss the sharing; none was.
+        static QtMessageHandler previous = nullptr;
+        previous = qInstallMessageHandler([](QtMsgType type, const QMessageLogContext &where, const QString &text) {
+            if (!text.contains(u"AA_ShareOpenGLContexts"))
+                previous(type, where, text);
+        });
+        QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
+        qInstallMessageHandler(previous);
+    }
+    // Removed after the web engine's own clean-up, which runs first: the
+    // later a routine is added, the sooner it runs.
+    qAddPostRoutine([] {
+        QOpenGLContext *shared = qt_gl_global_share_context();
+        qt_gl_set_global_share_context(nullptr);
+        delete shared;
+    });
+#endif
+}
+
 } // namespace
 
 WebModule *webModule(lookup::CookieJar &jar, QString *why)
@@ -45,6 +92,7 @@ WebModule *webModule(lookup::CookieJar &jar, QString *why)
         l.tried = true;
         // Stays loaded for the rest of the run: the web engine cannot be
         // started twice in one process.
+        shareOpenGlContexts();
         auto *library = new QLibrary(modulePath(), qApp);
         library->setLoadHints(QLibrary::PreventUnloadHint);
         if (auto entry = reinterpret_cast<MarvikWebModuleEntry *>(library->resolve(MARVIK_WEB_MODULE_ENTRY))) {

@@ -27,11 +27,13 @@ bool unsafeInFileName(QChar c)
 }
 
 // Windows opens a device, not a file, for these names whatever the extension.
-bool isDeviceName(const QString &name)
+bool isDeviceName(QStringView name)
 {
+    if (name.size() != 3 && name.size() != 4)
+        return false;
     static const QStringList devices{QStringLiteral("CON"), QStringLiteral("PRN"), QStringLiteral("AUX"),
                                      QStringLiteral("NUL")};
-    const QString upper = name.toUpper();
+    const QString upper = name.toString().toUpper();
     if (devices.contains(upper))
         return true;
     return upper.size() == 4 && (upper.startsWith(QLatin1String("COM")) || upper.startsWith(QLatin1String("LPT")))
@@ -90,11 +92,15 @@ QString filterTyped(const QString &typed)
     return out;
 }
 
+bool isOwnFileName(QStringView call)
+{
+    return std::none_of(call.begin(), call.end(), unsafeInFileName) && !call.isEmpty() && !call.endsWith(u'.')
+           && !call.endsWith(u' ') && !isDeviceName(call);
+}
+
 QString fileName(const QString &call)
 {
-    const bool plain = std::none_of(call.begin(), call.end(), unsafeInFileName) && !call.isEmpty()
-                       && !call.endsWith(u'.') && !call.endsWith(u' ') && !isDeviceName(call);
-    if (plain)
+    if (isOwnFileName(call))
         return call;
     QString name;
     name.reserve(call.size() + 8);

@@ -36,6 +36,8 @@ QString filterTyped(const QString &typed);
 /// written as "%" and two hex digits, "%" itself included, so two different
 /// calls never share a file and no name leaves its folder.
 QString fileName(const QString &call);
+/// Whether fileName() gives `call` back as it is.
+bool isOwnFileName(QStringView call);
 
 /// A callsign inside a web address: every ASCII character but letters,
 /// digits and "-._~" percent-encoded, "/" too, so a typed call can never

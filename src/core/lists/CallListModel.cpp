@@ -11,6 +11,8 @@
 #include <QFileInfo>
 
 #include <algorithm>
+#include <list>
+#include <utility>
 #include <vector>
 
 #if defined(__GNUC__) && (defined(__x86_64__) || defined(__i386__))
@@ -31,15 +33,6 @@ QString azimuthOf(const maps::DistanceFromMe &fromMe, const CallRecord &row)
 }
 
 namespace {
-
-QString azimuthOfStored(const maps::DistanceFromMe &fromMe, const StoredRow &row)
-{
-    const double lat = app::val(row.field(Column::Latitude));
-    const double lon = app::val(row.field(Column::Longitude));
-    if (lat == 0 || lon == 0)
-        return {};
-    return maps::azimuthText(fromMe.bearing(lat, lon).degrees);
-}
 
 #ifdef MARVIK_X86_VECTORS
 __attribute__((target("avx"))) void zeroUpperHalves()
@@ -97,11 +90,45 @@ CellMark markOf(const QColor &colour)
 
 // ---------------------------------------------------------------- StoredRow
 
+StoredRow StoredRow::inText(const QString &text, quint32 start, const std::array<quint32, kColumnCount> &ends)
+{
+    StoredRow row;
+    row.m_text = text;
+    row.m_start = start;
+    row.m_end = ends;
+    return row;
+}
+
 QStringView StoredRow::field(Column column) const
 {
+    if (column == Column::Azimuth && m_azimuth != kAzimuthInText) {
+        Q_ASSERT(m_azimuth != kAzimuthPending);
+        return maps::sharedAzimuthText(m_azimuth);
+    }
     const int c = int(column);
-    const quint32 start = c == 0 ? 0 : m_end[std::size_t(c - 1)];
+    // Fields are kept apart by one character, the "*" of the file's line.
+    const quint32 start = c == 0 ? m_start : m_end[std::size_t(c - 1)] + 1;
     return QStringView(m_text).sliced(start, m_end[std::size_t(c)] - start);
+}
+
+void StoredRow::resolveAzimuth(const maps::DistanceFromMe &fromMe)
+{
+    if (m_azimuth != kAzimuthPending)
+        return;
+    // Either coordinate 0 means the row has no position, and no bearing.
+    const double lat = app::val(field(Column::Latitude));
+    const double lon = app::val(field(Column::Longitude));
+    if (lat == 0 || lon == 0) {
+        m_azimuth = kAzimuthNone;
+        return;
+    }
+    const int degrees = fromMe.bearing(lat, lon).degrees;
+    if (!maps::sharedAzimuthText(degrees).isEmpty()) {
+        m_azimuth = qint16(degrees);
+        return;
+    }
+    m_azimuth = kAzimuthInText;
+    setField(Column::Azimuth, maps::azimuthText(degrees));
 }
 
 void StoredRow::setField(Column column, QStringView text)
@@ -114,16 +141,20 @@ void StoredRow::setFields(const QStringView *fields, int count, int from)
     std::array<QStringView, kColumnCount> all;
     for (int c = 0; c < kColumnCount; ++c)
         all[std::size_t(c)] = c >= from && c < from + count ? fields[c - from] : field(Column(c));
-    qsizetype size = 0;
+    qsizetype size = kColumnCount - 1;
     for (const QStringView f : all)
         size += f.size();
     QString text;
     text.reserve(size);
     for (int c = 0; c < kColumnCount; ++c) {
+        if (c)
+            text += u'*';
         text += all[std::size_t(c)];
         m_end[std::size_t(c)] = quint32(text.size());
     }
     m_text = std::move(text);
+    m_start = 0;
+    m_azimuth = kAzimuthInText;
 }
 
 // ---------------------------------------------------------------- reading
@@ -131,33 +162,52 @@ void StoredRow::setFields(const QStringView *fields, int count, int from)
 ParsedList readListFile(const QString &path, const LoadContext &context)
 {
     ParsedList parsed;
+    parsed.me = context.me;
     LoadReport &report = parsed.report;
-    const app::TextFileContent content = app::readTextFile(path);
+    app::TextFileContent content = app::readTextFile(path);
     if (!content.ok) {
         report.errorString = content.errorString;
         return parsed;
     }
     report.opened = true;
-    const QStringView text = content.text;
+    // Every row of the file is a stretch of this one text. Slashed zeros in
+    // callsigns are made plain in it before any row shares it.
+    QString text = std::move(content.text);
+    QChar *chars = text.data();
+    const qsizetype n = text.size();
     const QString now = context.now.isEmpty() ? timeStamp(QDateTime::currentDateTime()) : context.now;
-    const maps::DistanceFromMe fromMe(context.me);
+    parsed.rows.reserve(QStringView(text).count(u'\n') + 1);
 
     std::array<QStringView, kColumnCount> fields;
-    // The thumbnail names of the rows, looked up together at the end.
-    QStringList thumbnailNames;
+    std::array<quint32, kColumnCount> ends{};
+    // The thumbnail names of the rows, looked up together at the end: views
+    // of the callsigns as the file has them, or of the few names that are
+    // not the callsign itself (kept in `ownNames`, whose strings never move).
+    std::vector<QStringView> thumbnailNames;
+    thumbnailNames.reserve(std::size_t(parsed.rows.capacity()));
+    std::list<QString> ownNames;
+    // The next line ends, found a stretch at a time rather than a character
+    // at a time, and never searched for twice.
+    qsizetype nextCr = -1;
+    qsizetype nextLf = -1;
+    const auto next = [&](qsizetype &pos, char16_t c, qsizetype from) {
+        if (pos < from && pos != n) {
+            pos = QStringView(text).indexOf(c, from);
+            if (pos < 0)
+                pos = n;
+        }
+        return pos;
+    };
     qsizetype start = 0;
-    const qsizetype n = text.size();
-    clearUpperHalves();
     while (start < n) {
-        qsizetype end = start;
-        while (end < n && text[end] != u'\r' && text[end] != u'\n')
-            ++end;
-        const QStringView line = text.sliced(start, end - start);
+        const qsizetype end = std::min(next(nextCr, u'\r', start), next(nextLf, u'\n', start));
+        const QStringView line = QStringView(text).sliced(start, end - start);
+        const qsizetype lineStart = start;
         start = end;
-        if (start < n && text[start] == u'\r')
-            ++start;
         // CR LF, or a lone CR or LF, ends a line.
-        if (start < n && text[start] == u'\n')
+        if (start < n && chars[start] == u'\r')
+            ++start;
+        if (start < n && chars[start] == u'\n')
             ++start;
 
         ++report.lines;
@@ -167,34 +217,28 @@ ParsedList readListFile(const QString &path, const LoadContext &context)
             qsizetype from = 0;
             while (count < kColumnCount) {
                 const qsizetype star = line.indexOf(u'*', from);
-                if (star < 0) {
-                    fields[std::size_t(count++)] = line.sliced(from);
+                const qsizetype stop = star < 0 ? line.size() : star;
+                fields[std::size_t(count)] = line.sliced(from, stop - from);
+                ends[std::size_t(count)] = quint32(lineStart + stop);
+                ++count;
+                if (star < 0)
                     break;
-                }
-                fields[std::size_t(count++)] = line.sliced(from, star - from);
                 from = star + 1;
             }
         }
 
-        StoredRow row;
-        QString fileCall;
-        QString plainCall;
-        if (count > 0) {
-            fileCall = fields[0].toString();
-            plainCall = callsign::plainZero(fileCall);
-        }
-        std::array<QStringView, kColumnCount> values{};
-        values[0] = plainCall;
-        for (int c = 1; c < count && c <= int(Column::Longitude); ++c)
-            values[std::size_t(c)] = fields[std::size_t(c)];
-        if (count > int(Column::TimeStamp)) {
-            const QStringView stamp = fields[int(Column::TimeStamp)];
-            values[int(Column::TimeStamp)] = stamp.isEmpty() ? QStringView(now) : stamp;
-        }
-        if (count > int(Column::Extra))
-            values[int(Column::Extra)] = fields[int(Column::Extra)];
         if (count < kColumnCount) {
             // The damaged line stops the load; the fields it gave are kept.
+            std::array<QStringView, kColumnCount> values{};
+            const QString plainCall = count > 0 ? callsign::plainZero(fields[0].toString()) : QString();
+            values[0] = plainCall;
+            for (int c = 1; c < count && c <= int(Column::Longitude); ++c)
+                values[std::size_t(c)] = fields[std::size_t(c)];
+            if (count > int(Column::TimeStamp)) {
+                const QStringView stamp = fields[int(Column::TimeStamp)];
+                values[int(Column::TimeStamp)] = stamp.isEmpty() ? QStringView(now) : stamp;
+            }
+            StoredRow row;
             row.setFields(values.data(), kColumnCount);
             parsed.rows.append(std::move(row));
             parsed.partialFields = count;
@@ -202,17 +246,32 @@ ParsedList readListFile(const QString &path, const LoadContext &context)
             break;
         }
 
-        const QString azimuth = [&] {
-            const double lat = app::val(values[int(Column::Latitude)]);
-            const double lon = app::val(values[int(Column::Longitude)]);
-            return lat == 0 || lon == 0 ? QString() : maps::azimuthText(fromMe.bearing(lat, lon).degrees);
-        }();
-        values[int(Column::Azimuth)] = azimuth;
-        row.setFields(values.data(), kColumnCount);
-        if (isNicknameAtLoad(row.field(Column::FullName), row.field(Column::FirstName)))
-            row.firstNameMark = CellMark::Nickname;
         // The thumbnail goes by the callsign as the file has it, slashed zero and all.
-        thumbnailNames.append(callsign::fileName(fileCall));
+        const QStringView fileCall = fields[0];
+        const qsizetype slashed = fileCall.indexOf(QChar(callsign::kSlashedZero));
+        if (slashed >= 0 || !callsign::isOwnFileName(fileCall)) {
+            thumbnailNames.push_back(ownNames.emplace_back(callsign::fileName(fileCall.toString())));
+            for (qsizetype i = fileCall.data() - chars + std::max<qsizetype>(slashed, 0);
+                 i < fileCall.data() - chars + fileCall.size(); ++i) {
+                if (chars[i] == QChar(callsign::kSlashedZero))
+                    chars[i] = u'0';
+            }
+        } else {
+            thumbnailNames.push_back(fileCall);
+        }
+
+        StoredRow row;
+        if (fields[int(Column::TimeStamp)].isEmpty()) {
+            // A line without a time stamp gets the time of loading: that row
+            // has a string of its own.
+            fields[int(Column::TimeStamp)] = now;
+            row.setFields(fields.data(), kColumnCount);
+        } else {
+            row = StoredRow::inText(text, quint32(lineStart), ends);
+        }
+        row.setAzimuthPending();
+        if (isNicknameAtLoad(fields[int(Column::FullName)], fields[int(Column::FirstName)]))
+            row.firstNameMark = CellMark::Nickname;
         parsed.rows.append(std::move(row));
     }
     // The folder is listed once per run, by the first reader to get here:
@@ -247,7 +306,7 @@ QVariant CallListModel::data(const QModelIndex &index, int role) const
 {
     if (!index.isValid() || index.row() >= m_rows.size() || index.column() >= kColumnCount)
         return {};
-    const StoredRow &r = m_rows.at(index.row());
+    const StoredRow &r = at(index.row());
     const auto column = Column(index.column());
     const CellMark mark = column == Column::Callsign    ? r.callsignMark
                           : column == Column::FirstName ? r.firstNameMark
@@ -295,7 +354,7 @@ CallRecord CallListModel::record(int row) const
     CallRecord out;
     if (row < 0 || row >= m_rows.size())
         return out;
-    const StoredRow &r = m_rows.at(row);
+    const StoredRow &r = at(row);
     for (int c = 0; c < kColumnCount; ++c)
         out.fields[std::size_t(c)] = r.fieldText(Column(c));
     out.callsignBack = colourOf(r.callsignMark);
@@ -307,13 +366,35 @@ CallRecord CallListModel::record(int row) const
 
 QString CallListModel::field(int row, Column column) const
 {
-    return row >= 0 && row < m_rows.size() ? m_rows.at(row).fieldText(column) : QString();
+    return row >= 0 && row < m_rows.size() ? at(row).fieldText(column) : QString();
+}
+
+const StoredRow &CallListModel::at(int row) const
+{
+    StoredRow &r = m_rows[row];
+    if (r.azimuthPending())
+        r.resolveAzimuth(m_fromMe);
+    return r;
+}
+
+StoredRow &CallListModel::changing(int row)
+{
+    at(row);
+    return m_rows[row];
+}
+
+void CallListModel::resolveAzimuths() const
+{
+    clearUpperHalves();
+    for (StoredRow &r : m_rows)
+        r.resolveAzimuth(m_fromMe);
 }
 
 int CallListModel::findCallsign(const QString &callsign) const
 {
-    for (int i = 0; i < m_rows.size(); ++i) {
-        if (m_rows[i].field(Column::Callsign) == callsign)
+    const QList<StoredRow> &rows = m_rows;
+    for (int i = 0; i < rows.size(); ++i) {
+        if (rows[i].field(Column::Callsign) == callsign)
             return i;
     }
     return -1;
@@ -384,7 +465,7 @@ void CallListModel::setField(int row, Column column, const QString &text)
 {
     if (row < 0 || row >= m_rows.size())
         return;
-    m_rows[row].setField(column, text);
+    changing(row).setField(column, text);
     emit dataChanged(index(row, column), index(row, column));
 }
 
@@ -426,9 +507,10 @@ void CallListModel::recomputeAzimuths(const maps::Position &me)
 {
     if (m_rows.isEmpty())
         return;
-    const maps::DistanceFromMe fromMe(me);
+    // Worked out again from where each row stands now, when next needed.
+    m_fromMe = maps::DistanceFromMe(me);
     for (StoredRow &row : m_rows)
-        row.setField(Column::Azimuth, azimuthOfStored(fromMe, row));
+        row.setAzimuthPending();
     emit dataChanged(index(0, Column::Azimuth), index(int(m_rows.size()) - 1, Column::Azimuth), {Qt::DisplayRole});
 }
 
@@ -447,7 +529,8 @@ void CallListModel::adopt(ParsedList &&parsed)
     if (parsed.report.badLine == 1 && !m_rows.isEmpty()) {
         // The grid kept its first row when the file's first line was too
         // short: the line wrote only the cells it had.
-        StoredRow merged = m_rows.first();
+        // The old row's bearing is the one from where Me stood before.
+        StoredRow merged = at(0);
         const StoredRow &line = parsed.rows.first();
         const int count = parsed.partialFields;
         for (int c = 0; c < std::min(count, int(Column::TimeStamp)); ++c)
@@ -457,6 +540,7 @@ void CallListModel::adopt(ParsedList &&parsed)
         parsed.rows.first() = merged;
     }
     m_rows = std::move(parsed.rows);
+    m_fromMe = maps::DistanceFromMe(parsed.me);
     endResetModel();
 }
 
@@ -470,6 +554,7 @@ LoadReport CallListModel::load(const QString &path, const LoadContext &context)
 
 QStringList CallListModel::lines() const
 {
+    resolveAzimuths();
     QStringList out;
     out.reserve(m_rows.size());
     for (const StoredRow &r : m_rows) {
@@ -494,6 +579,8 @@ void CallListModel::sortList(qint16 &selector)
     const int column = selector;
     if (column < 0 || column >= kColumnCount)
         return;
+    if (column == int(Column::Azimuth))
+        resolveAzimuths();
     // Sort row numbers, not rows, so selections and the current row follow
     // their entries through the sort.
     std::vector<int> order(std::size_t(m_rows.size()));

@@ -42,31 +42,55 @@ QColor colourOf(CellMark mark);
 /// The mark of a colour; other colours than the program's marks have none.
 CellMark markOf(const QColor &colour);
 
-/// One list entry as the model keeps it: the eleven fields in one string
-/// with the end of each, two cell marks and a thumbnail number — close to
-/// the size of its line in the file.
+/// One list entry as the model keeps it: the eleven fields as stretches of
+/// one string, two cell marks and a thumbnail number. A row read from a
+/// list file shares the file's decoded text with every other row of it and
+/// holds only where its fields lie; an edited row has a string of its own.
+/// Either way a row costs little more than its line in the file.
 class StoredRow
 {
 public:
+    /// The row of one line of `text`: field c runs from one past the end of
+    /// field c - 1 (or from `start`) to `ends[c]`.
+    static StoredRow inText(const QString &text, quint32 start, const std::array<quint32, kColumnCount> &ends);
+
+    /// Not for the azimuth of a row whose azimuth is still to be worked out.
     QStringView field(Column column) const;
     QString fieldText(Column column) const { return field(column).toString(); }
     void setField(Column column, QStringView text);
     /// Sets the fields from the start of `fields`; the rest stay.
     void setFields(const QStringView *fields, int count, int from = 0);
 
+    /// The azimuth is worked out from the row's position when first needed:
+    /// a list of thousands is read without thousands of bearings, most of
+    /// them never shown.
+    void setAzimuthPending() { m_azimuth = kAzimuthPending; }
+    bool azimuthPending() const { return m_azimuth == kAzimuthPending; }
+    /// Works a pending azimuth out by the loader's rule.
+    void resolveAzimuth(const maps::DistanceFromMe &fromMe);
+
     CellMark callsignMark = CellMark::None;
     CellMark firstNameMark = CellMark::None;
     qint32 thumbnail = -1; ///< a number of the thumbnail index; -1: none
 
 private:
+    /// Where the azimuth's text is: a number of degrees (0 to 359, the
+    /// shared text of that bearing), or one of these.
+    static constexpr qint16 kAzimuthInText = -1; ///< in the row's string, as any field
+    static constexpr qint16 kAzimuthNone = -2;   ///< empty: the row has no position
+    static constexpr qint16 kAzimuthPending = -3;
+
     QString m_text;
+    quint32 m_start = 0;
     std::array<quint32, kColumnCount> m_end{};
+    qint16 m_azimuth = kAzimuthInText;
 };
 
 /// The rows a list file gives, read on any thread.
 struct ParsedList
 {
     QList<StoredRow> rows;
+    maps::Position me; ///< from where the rows' azimuths are to be worked out
     LoadReport report;
     std::shared_ptr<ThumbnailIndex> thumbnails;
     /// Fields the damaged last row took from its line (it stops the load).
@@ -149,8 +173,18 @@ public:
 private:
     StoredRow toStored(const CallRecord &record);
     void refreshRow(int row);
+    /// Row `row` with its azimuth worked out, for reading.
+    const StoredRow &at(int row) const;
+    /// Row `row` with its azimuth worked out, for a change: the bearing is
+    /// the one from the position the row had when it was read.
+    StoredRow &changing(int row);
 
-    QList<StoredRow> m_rows;
+    /// Works every pending azimuth out, before the rows are read in bulk.
+    void resolveAzimuths() const;
+
+    /// Rows are changed in reading only to work their azimuths out.
+    mutable QList<StoredRow> m_rows;
+    maps::DistanceFromMe m_fromMe{maps::Position{}};
     std::shared_ptr<ThumbnailIndex> m_thumbnails;
 };
 

@@ -72,7 +72,7 @@ ThumbnailIndex::ThumbnailIndex(const QString &thumbsDir)
     }
 }
 
-std::size_t ThumbnailIndex::NameHash::operator()(const QString &name) const noexcept
+std::size_t ThumbnailIndex::NameHash::operator()(QStringView name) const noexcept
 {
     // FNV-1a over the UTF-16 units: names are short and few.
     std::uint64_t h = 14695981039346656037ULL;
@@ -90,16 +90,21 @@ int ThumbnailIndex::find(const QString &name) const
     return it == m_ids.end() ? -1 : it->second;
 }
 
-QList<int> ThumbnailIndex::find(const QStringList &names) const
+QList<int> ThumbnailIndex::find(const std::vector<QStringView> &names) const
 {
     QList<int> ids;
-    ids.reserve(names.size());
+    ids.reserve(qsizetype(names.size()));
     QMutexLocker lock(&m_mutex);
-    for (const QString &name : names) {
+    for (const QStringView name : names) {
         const auto it = m_ids.find(name);
         ids.append(it == m_ids.end() ? -1 : it->second);
     }
     return ids;
+}
+
+QList<int> ThumbnailIndex::find(const QStringList &names) const
+{
+    return find(std::vector<QStringView>(names.begin(), names.end()));
 }
 
 int ThumbnailIndex::add(const QString &name)

@@ -9,6 +9,7 @@
 
 #include <memory>
 #include <unordered_map>
+#include <vector>
 
 namespace marvik::lists {
 
@@ -32,6 +33,7 @@ public:
     /// The numbers of many names at once, under one lock: list readers on
     /// several threads would otherwise contend for it at every row.
     QList<int> find(const QStringList &names) const;
+    QList<int> find(const std::vector<QStringView> &names) const;
     /// Records a thumbnail Marvik has just written; returns its number.
     int add(const QString &name);
     /// The file of thumbnail `id`; empty for -1.
@@ -48,13 +50,14 @@ private:
     /// azimuth.
     struct NameHash
     {
-        std::size_t operator()(const QString &name) const noexcept;
+        using is_transparent = void; // a name is looked up as a view of a list file's text
+        std::size_t operator()(QStringView name) const noexcept;
     };
 
     QString m_folder;
     mutable QMutex m_mutex;
     QStringList m_names;
-    std::unordered_map<QString, int, NameHash> m_ids;
+    std::unordered_map<QString, int, NameHash, std::equal_to<>> m_ids;
 };
 
 /// The decoded thumbnails of every list, one cache for the whole program,

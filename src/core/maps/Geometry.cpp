@@ -123,18 +123,32 @@ Bearing bearingFrom(const Position &me, double latitude, double longitude)
     return DistanceFromMe(me).bearing(latitude, longitude);
 }
 
-QString azimuthText(int degrees)
+namespace {
+
+// Whole lists are filled with these; one string per degree serves them all.
+const std::array<QString, 360> &degreeTexts()
 {
-    // Whole lists are filled with these; share one string per degree.
     static const std::array<QString, 360> texts = [] {
         std::array<QString, 360> t;
         for (int d = 0; d < 360; ++d)
             t[std::size_t(d)] = QString::number(d) + QChar(0xB0);
         return t;
     }();
+    return texts;
+}
+
+} // namespace
+
+QString azimuthText(int degrees)
+{
     if (degrees >= 0 && degrees < 360)
-        return texts[std::size_t(degrees)];
+        return degreeTexts()[std::size_t(degrees)];
     return QString::number(degrees) + QChar(0xB0);
+}
+
+QStringView sharedAzimuthText(int degrees)
+{
+    return degrees >= 0 && degrees < 360 ? QStringView(degreeTexts()[std::size_t(degrees)]) : QStringView();
 }
 
 QString toLocator(double latitude, double longitude)

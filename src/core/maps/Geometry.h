@@ -62,6 +62,9 @@ Bearing bearingFrom(const Position &me, double latitude, double longitude);
 
 /// The azimuth column's text: the whole degrees followed by "°".
 QString azimuthText(int degrees);
+/// The same text for 0 to 359 degrees, in a string that lasts the whole
+/// run; empty for any other figure.
+QStringView sharedAzimuthText(int degrees);
 
 /// The six-character Maidenhead locator (upper-case field, digits, lower-case
 /// subsquare). Empty outside -90..90 / -180..180.

@@ -55,6 +55,9 @@ private slots:
     void loadRows_data();
     void loadRows();
     void slashedZeroAndThumbnail();
+    void bearingFromWhereTheRowStood_data();
+    void bearingFromWhereTheRowStood();
+    void everyLineEndEndsALine();
     void damagedLineStopsTheLoad_data();
     void damagedLineStopsTheLoad();
     void emptyFileKeepsRows();
@@ -122,6 +125,59 @@ void TestLists::loadRows_data()
         << line({u"F5AB"_qs, u"jean"_qs, u""_qs, u"JEAN Dupont"_qs, u""_qs, u""_qs, u""_qs, u" 48.85 N"_qs,
                  u"2.35E"_qs, u"2"_qs, u""_qs})
         << QStringList{u"53\u00B0"_qs} << QList<bool>{false} << QStringList{u"2"_qs};
+}
+
+// A row's bearing is worked out from the position it had when it was read
+// (or when Me last moved), whatever is done to it before anyone looks.
+void TestLists::bearingFromWhereTheRowStood_data()
+{
+    QTest::addColumn<QString>("step");
+    QTest::addColumn<QString>("azimuth");
+    const QString fromRead = marvik::maps::azimuthText(marvik::maps::bearingFrom(kMe, 51.5, -0.12).degrees);
+    const QString afterMove = marvik::maps::azimuthText(marvik::maps::bearingFrom({-33.9, 151.2}, 51.5, -0.12).degrees);
+    QTest::newRow("position edited before the row is shown") << u"edit"_qs << fromRead;
+    QTest::newRow("Me moved, then the position edited") << u"move, edit"_qs << afterMove;
+    QTest::newRow("saved before the row is shown") << u"save"_qs << fromRead;
+    QTest::newRow("another field edited first") << u"name"_qs << fromRead;
+}
+
+void TestLists::bearingFromWhereTheRowStood()
+{
+    QFETCH(QString, step);
+    QFETCH(QString, azimuth);
+    CallListModel model;
+    QVERIFY(loadBytes(model, line({u"G4XYZ"_qs, u"John"_qs, u"1\u00B0"_qs, u"John Smith"_qs, u""_qs, u""_qs, u""_qs,
+                                   u"51.5"_qs, u"-0.12"_qs, u"20240101000000"_qs, u""_qs}))
+                .complete());
+    if (step.startsWith(u"move"))
+        model.recomputeAzimuths({-33.9, 151.2});
+    if (step.endsWith(u"edit"))
+        model.setField(0, Column::Latitude, u"-10"_qs);
+    if (step == u"name")
+        model.setField(0, Column::FirstName, u"Johnny"_qs);
+    if (step == u"save") {
+        QVERIFY(saveList(model, m_dir.filePath(u"List2.dat"_qs)));
+        QByteArray bytes;
+        QVERIFY(marvik::app::toWindows1252(QString(u"*John*"_qs + azimuth + u'*'), bytes));
+        QVERIFY(readBytes(m_dir.filePath(u"List2.dat"_qs)).contains(bytes));
+    }
+    QCOMPARE(model.index(0, Column::Azimuth).data().toString(), azimuth);
+    QCOMPARE(model.record(0)[Column::Azimuth], azimuth);
+}
+
+void TestLists::everyLineEndEndsALine()
+{
+    const QByteArray row = "K1ABC*Jim**James Taylor*45 Elm Rd*Boston*USA*42.36*-71.06*20240105093000*";
+    CallListModel model;
+    const LoadReport report = loadBytes(model, QByteArray(row).replace("K1ABC", "K1A") + "\r" + QByteArray(row).replace("K1ABC", "K1B")
+                                                   + "\n" + QByteArray(row).replace("K1ABC", "K1C") + "\r\n"
+                                                   + QByteArray(row).replace("K1ABC", "K1D") + "\n\r"
+                                                   + QByteArray(row).replace("K1ABC", "K1E"));
+    // LF CR is two line ends: the empty line between them has no fields and stops the load.
+    QCOMPARE(report.badLine, 5);
+    QCOMPARE(callsigns(model).mid(0, 4), (QStringList{u"K1A"_qs, u"K1B"_qs, u"K1C"_qs, u"K1D"_qs}));
+    QCOMPARE(model.field(2, Column::Extra), QString());
+    QCOMPARE(model.field(2, Column::TimeStamp), u"20240105093000"_qs);
 }
 
 void TestLists::loadRows()

@@ -23,7 +23,14 @@ QString cutAtBlankOrDash(QString call)
 
 bool unsafeInFileName(QChar c)
 {
-    return c.unicode() < 0x20 || c.unicode() == 0x7F || QStringView(u"%/\\:*?\"<>|").contains(c);
+    // Asked of every callsign of a list as it is read: no search per character.
+    switch (c.unicode()) {
+    case u'%': case u'/': case u'\\': case u':': case u'*': case u'?': case u'"': case u'<': case u'>': case u'|':
+    case 0x7F:
+        return true;
+    default:
+        return c.unicode() < 0x20;
+    }
 }
 
 // Windows opens a device, not a file, for these names whatever the extension.

@@ -7,7 +7,9 @@
 #include <QFileInfo>
 #include <QImageReader>
 
+#include <algorithm>
 #include <cstdint>
+#include <utility>
 
 namespace marvik::lists {
 
@@ -67,8 +69,7 @@ ThumbnailIndex::ThumbnailIndex(const QString &thumbsDir)
         const QString file = files.fileName();
         if (!file.endsWith(QLatin1String(".jpg"), Qt::CaseInsensitive))
             continue;
-        if (m_ids.emplace(file.chopped(4), int(m_names.size())).second)
-            m_names.append(file.chopped(4));
+        addLocked(file.chopped(4));
     }
 }
 
@@ -83,11 +84,52 @@ std::size_t ThumbnailIndex::NameHash::operator()(QStringView name) const noexcep
     return std::size_t(h);
 }
 
+int ThumbnailIndex::findLocked(QStringView name, quint32 hash) const
+{
+    if (m_slots.empty())
+        return -1;
+    const std::size_t mask = m_slots.size() - 1;
+    for (std::size_t i = hash & mask;; i = (i + 1) & mask) {
+        const Slot &slot = m_slots[i];
+        if (slot.id < 0)
+            return -1;
+        if (slot.hash == hash && m_names[slot.id] == name)
+            return slot.id;
+    }
+}
+
+void ThumbnailIndex::place(Slot slot)
+{
+    const std::size_t mask = m_slots.size() - 1;
+    std::size_t i = slot.hash & mask;
+    while (m_slots[i].id >= 0)
+        i = (i + 1) & mask;
+    m_slots[i] = slot;
+}
+
+int ThumbnailIndex::addLocked(const QString &name)
+{
+    const auto hash = quint32(NameHash()(name));
+    if (const int known = findLocked(name, hash); known >= 0)
+        return known;
+    const int id = int(m_names.size());
+    m_names.append(name);
+    if (std::size_t(m_names.size()) * 2 > m_slots.size()) {
+        const std::size_t size = std::max<std::size_t>(64, m_slots.size() * 2);
+        const std::vector<Slot> old = std::exchange(m_slots, std::vector<Slot>(size));
+        for (const Slot &slot : old) {
+            if (slot.id >= 0)
+                place(slot);
+        }
+    }
+    place({hash, id});
+    return id;
+}
+
 int ThumbnailIndex::find(const QString &name) const
 {
     QMutexLocker lock(&m_mutex);
-    const auto it = m_ids.find(name);
-    return it == m_ids.end() ? -1 : it->second;
+    return findLocked(name, quint32(NameHash()(name)));
 }
 
 QList<int> ThumbnailIndex::find(const std::vector<QStringView> &names) const
@@ -95,10 +137,8 @@ QList<int> ThumbnailIndex::find(const std::vector<QStringView> &names) const
     QList<int> ids;
     ids.reserve(qsizetype(names.size()));
     QMutexLocker lock(&m_mutex);
-    for (const QStringView name : names) {
-        const auto it = m_ids.find(name);
-        ids.append(it == m_ids.end() ? -1 : it->second);
-    }
+    for (const QStringView name : names)
+        ids.append(findLocked(name, quint32(NameHash()(name))));
     return ids;
 }
 
@@ -110,10 +150,7 @@ QList<int> ThumbnailIndex::find(const QStringList &names) const
 int ThumbnailIndex::add(const QString &name)
 {
     QMutexLocker lock(&m_mutex);
-    const auto [it, added] = m_ids.emplace(name, int(m_names.size()));
-    if (added)
-        m_names.append(name);
-    return it->second;
+    return addLocked(name);
 }
 
 QString ThumbnailIndex::path(int id) const

@@ -50,14 +50,25 @@ private:
     /// azimuth.
     struct NameHash
     {
-        using is_transparent = void; // a name is looked up as a view of a list file's text
         std::size_t operator()(QStringView name) const noexcept;
     };
+    /// A name's place in the table: its hash, and its number (-1: empty).
+    struct Slot
+    {
+        quint32 hash = 0;
+        qint32 id = -1;
+    };
+    int findLocked(QStringView name, quint32 hash) const;
+    int addLocked(const QString &name);
+    void place(Slot slot);
 
     QString m_folder;
     mutable QMutex m_mutex;
     QStringList m_names;
-    std::unordered_map<QString, int, NameHash, std::equal_to<>> m_ids;
+    /// The names by their hashes, looked up in place: a list of thousands
+    /// finds its thumbnails without a node per name to chase. A power of
+    /// two in size, never more than half full.
+    std::vector<Slot> m_slots;
 };
 
 /// The decoded thumbnails of every list, one cache for the whole program,

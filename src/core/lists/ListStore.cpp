@@ -45,6 +45,15 @@ std::shared_ptr<ListStore::Reading> readOnWorker(const QString &path, const Load
     return r;
 }
 
+/// The lines of a list file: its rows once read.
+int linesOf(const QString &path)
+{
+    // Mapped, not read: counting the lines of a large list costs no copy.
+    QFile file(path);
+    const uchar *bytes = file.open(QIODevice::ReadOnly) && file.size() > 0 ? file.map(0, file.size()) : nullptr;
+    return bytes ? int(app::countLines(QByteArrayView(bytes, file.size()))) : 0;
+}
+
 } // namespace
 
 ListStore::ListStore(const app::DataFolder &data, app::Settings &settings, QObject *parent)
@@ -80,9 +89,13 @@ CallListModel *ListStore::model(int list) const
 {
     if (list < 1 || list > kListCount)
         return nullptr;
-    if (m_reading[std::size_t(list - 1)].isValid())
-        const_cast<ListStore *>(this)->adopt(list);
-    return m_models[std::size_t(list - 1)];
+    auto *self = const_cast<ListStore *>(this);
+    const std::size_t i = std::size_t(list - 1);
+    if (m_waiting[i])
+        self->startReading(list, false);
+    if (m_reading[i].isValid())
+        self->adopt(list);
+    return m_models[i];
 }
 
 int ListStore::rowCount(int list) const
@@ -92,7 +105,8 @@ int ListStore::rowCount(int list) const
     const std::size_t i = std::size_t(list - 1);
     // While its file is read, a list counts the file's lines: the chooser
     // shows every list's size from the first paint on.
-    return m_reading[i].isValid() && m_pendingRows[i] >= 0 ? m_pendingRows[i] : m_models[i]->rowCount();
+    return (m_reading[i].isValid() || m_waiting[i]) && m_pendingRows[i] >= 0 ? m_pendingRows[i]
+                                                                               : m_models[i]->rowCount();
 }
 
 QString ListStore::chooserLine(int list) const
@@ -118,12 +132,8 @@ void ListStore::startReading(int list, bool sortAfter)
         older.waitForFinished();
     m_sortAfter[i] = sortAfter;
     const QString path = m_data.listFile(list);
-    {
-        // Mapped, not read: counting the lines of a large list costs no copy.
-        QFile file(path);
-        const uchar *bytes = file.open(QIODevice::ReadOnly) && file.size() > 0 ? file.map(0, file.size()) : nullptr;
-        m_pendingRows[i] = bytes ? int(app::countLines(QByteArrayView(bytes, file.size()))) : 0;
-    }
+    if (!std::exchange(m_waiting[i], false))
+        m_pendingRows[i] = linesOf(path);
     const LoadContext ctx = loadContext();
     m_reading[i] = QtConcurrent::run(&m_readers, [path, ctx] { return readOnWorker(path, ctx); });
     // Adopted on the window's thread when done, unless someone needed it
@@ -183,15 +193,30 @@ void ListStore::loadAtStartUp(int currentList)
 {
     if (QFileInfo::exists(m_data.listFile(currentList)))
         startReading(currentList, false);
+    // The other lists wait for the window's first paint: read now, they
+    // would take the cores the window needs to get there. The chooser
+    // counts their lines meanwhile.
     for (int n = 1; n <= kListCount; ++n) {
-        if (n != currentList && QFileInfo::exists(m_data.listFile(n)))
+        const QString path = m_data.listFile(n);
+        if (n != currentList && QFileInfo::exists(path)) {
+            m_waiting[std::size_t(n - 1)] = true;
+            m_pendingRows[std::size_t(n - 1)] = linesOf(path);
+        }
+    }
+}
+
+void ListStore::startWaitingReads()
+{
+    for (int n = 1; n <= kListCount; ++n) {
+        if (m_waiting[std::size_t(n - 1)])
             startReading(n, false);
     }
 }
 
 bool ListStore::isReading() const
 {
-    return std::any_of(m_reading.begin(), m_reading.end(), [](const auto &f) { return f.isValid(); });
+    return std::any_of(m_reading.begin(), m_reading.end(), [](const auto &f) { return f.isValid(); })
+           || std::any_of(m_waiting.begin(), m_waiting.end(), [](bool waiting) { return waiting; });
 }
 
 void ListStore::finishReading()

@@ -70,9 +70,13 @@ public:
     /// While set, sorting does nothing (the program is starting).
     void setStarting(bool starting) { m_starting = starting; }
 
-    /// Start-up: every list file is read on a worker, the current one first;
-    /// each list is adopted as it arrives (unsorted, as start-up read them).
+    /// Start-up: every list file is read on a worker, the current one at
+    /// once, the others from startWaitingReads() on (or when first asked
+    /// for); each list is adopted as it arrives (unsorted, as start-up read
+    /// them).
     void loadAtStartUp(int currentList);
+    /// Starts the reads start-up held back: once the window has painted.
+    void startWaitingReads();
     /// True while some list is still being read.
     bool isReading() const;
     /// Waits for every list being read and adopts it.
@@ -150,6 +154,8 @@ private:
     /// The lines of each list file being read (what the chooser counts
     /// until the list is adopted).
     std::array<int, kListCount> m_pendingRows{};
+    /// Lists start-up will read once the window has painted.
+    std::array<bool, kListCount> m_waiting{};
     std::array<bool, kListCount> m_guarded{};
     std::array<bool, kListCount> m_refusalTold{};
     QSet<QString> m_reportedDamage;

@@ -103,6 +103,7 @@ void CompositionRoot::wire()
     connect(w, &MainWindow::sortChosen, m_listsController, &ListsController::sortBy);
     connect(w, &MainWindow::closing, this, &CompositionRoot::shutDown);
     connect(w, &MainWindow::firstPaint, m_listsController, &ListsController::reportDamage);
+    connect(w, &MainWindow::firstPaint, m_lists.get(), &lists::ListStore::startWaitingReads);
 
     connect(m_lists.get(), &lists::ListStore::chooserLineChanged, w,
             [this, w](int list) { w->setChooserLine(list, m_lists->chooserLine(list)); });

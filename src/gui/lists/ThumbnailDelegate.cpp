@@ -4,8 +4,12 @@
 #include "core/lists/CallListModel.h"
 #include "core/lists/Thumbnails.h"
 
+#include <QApplication>
 #include <QImage>
 #include <QPainter>
+#include <QStyle>
+
+#include <algorithm>
 
 namespace marvik::gui {
 
@@ -51,6 +55,7 @@ void ThumbnailDelegate::paint(QPainter *painter, const QStyleOptionViewItem &opt
                 thumb = sharp;
         }
     }
+    fitText(opt);
     QStyledItemDelegate::paint(painter, opt, index);
     if (!picture.isNull()) {
         painter->save();
@@ -58,6 +63,37 @@ void ThumbnailDelegate::paint(QPainter *painter, const QStyleOptionViewItem &opt
         painter->drawImage(picture, thumb);
         painter->restore();
     }
+}
+
+void ThumbnailDelegate::fitText(QStyleOptionViewItem &opt)
+{
+    // The callsign and the bearing are read whole or not at all. Their
+    // columns keep the form's widths, and a larger desktop font would cut
+    // them to "DL1A…" and "2…": they are drawn smaller instead, down to
+    // seven tenths of the font, and cut only beyond that.
+    const auto column = lists::Column(opt.index.column());
+    if (column != lists::Column::Callsign && column != lists::Column::Azimuth)
+        return;
+    const QStyle *style = opt.widget ? opt.widget->style() : QApplication::style();
+    const int room = opt.rect.width() - 2 * (style->pixelMetric(QStyle::PM_FocusFrameHMargin, &opt, opt.widget) + 1);
+    // Every bearing of a column at one size: the widest figures decide.
+    const QString text = column == lists::Column::Azimuth ? QStringLiteral("888\u00B0") : opt.text;
+    if (room <= 0 || QFontMetrics(opt.font).horizontalAdvance(text) <= room)
+        return;
+    QFont smaller = opt.font;
+    const bool points = opt.font.pointSizeF() > 0;
+    const qreal size = points ? opt.font.pointSizeF() : qreal(opt.font.pixelSize());
+    for (int twentieths = 19; twentieths >= 14; --twentieths) {
+        const qreal factor = twentieths / 20.0;
+        if (points)
+            smaller.setPointSizeF(size * factor);
+        else
+            smaller.setPixelSize(std::max(1, qRound(size * factor)));
+        if (QFontMetrics(smaller).horizontalAdvance(text) <= room)
+            break;
+    }
+    opt.font = smaller;
+    opt.fontMetrics = QFontMetrics(smaller);
 }
 
 } // namespace marvik::gui

@@ -19,6 +19,10 @@ public:
     static constexpr int kThumbnailHeight = 16;
 
     void paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override;
+
+    /// Draws a callsign or a bearing too wide for its column in a smaller
+    /// font, so that it shows whole (see the .cpp).
+    static void fitText(QStyleOptionViewItem &opt);
 };
 
 } // namespace marvik::gui

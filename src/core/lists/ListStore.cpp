@@ -13,6 +13,12 @@
 #include <QFileInfo>
 #include <QtConcurrent/QtConcurrentRun>
 
+#ifdef Q_OS_LINUX
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+#endif
+
 #include <algorithm>
 
 namespace marvik::lists {
@@ -30,6 +36,21 @@ struct ListStore::Reading
 };
 
 namespace {
+
+/// A reader gives way to the window's thread: with the display server and
+/// two readers runnable on two cores, the window was sometimes kept off the
+/// processor longer than a frame. A little nicer than the window, the
+/// readers still get every core the window does not want, and are never
+/// starved the way an idle-class thread would be (the window may wait for
+/// one).
+void yieldToTheWindow()
+{
+#ifdef Q_OS_LINUX
+    thread_local bool done = false;
+    if (!std::exchange(done, true))
+        ::setpriority(PRIO_PROCESS, pid_t(::syscall(SYS_gettid)), 5);
+#endif
+}
 
 std::shared_ptr<ListStore::Reading> readOnWorker(const QString &path, const LoadContext &context)
 {
@@ -62,6 +83,19 @@ ListStore::ListStore(const app::DataFolder &data, app::Settings &settings, QObje
     , m_settings(settings)
 {
     m_readers.setObjectName(QStringLiteral("listReaders"));
+    m_adoptNext.setSingleShot(true);
+    m_adoptNext.setInterval(0);
+    connect(&m_adoptNext, &QTimer::timeout, this, [this] {
+        if (m_done.empty())
+            return;
+        const auto [list, read] = m_done.front();
+        m_done.erase(m_done.begin());
+        if (!m_done.empty())
+            m_adoptNext.start();
+        const std::size_t k = std::size_t(list - 1);
+        if (m_readCount[k] == read && m_reading[k].isValid())
+            adopt(list);
+    });
     // Two at a time: the window keeps a core to itself, and five large lists
     // read at once would hold five files' rows in memory at the same moment.
     // The others wait their turn in the queue.
@@ -135,14 +169,17 @@ void ListStore::startReading(int list, bool sortAfter)
     if (!std::exchange(m_waiting[i], false))
         m_pendingRows[i] = linesOf(path);
     const LoadContext ctx = loadContext();
-    m_reading[i] = QtConcurrent::run(&m_readers, [path, ctx] { return readOnWorker(path, ctx); });
+    m_reading[i] = QtConcurrent::run(&m_readers, [path, ctx] {
+        yieldToTheWindow();
+        return readOnWorker(path, ctx);
+    });
     // Adopted on the window's thread when done, unless someone needed it
     // sooner and adopted it already, or a newer read took its place.
     const quint64 mine = ++m_readCount[i];
     m_reading[i].then(this, [this, list, mine](const std::shared_ptr<Reading> &) {
-        const std::size_t k = std::size_t(list - 1);
-        if (m_readCount[k] == mine && m_reading[k].isValid())
-            adopt(list);
+        m_done.emplace_back(list, mine);
+        if (!m_adoptNext.isActive())
+            m_adoptNext.start();
     });
 }
 

@@ -9,9 +9,11 @@
 #include <QSet>
 #include <QStringList>
 #include <QThreadPool>
+#include <QTimer>
 
 #include <array>
 #include <memory>
+#include <vector>
 
 namespace marvik::app {
 class DataFolder;
@@ -150,6 +152,12 @@ private:
     /// Counts the reads of each list, so a read overtaken by a newer one is
     /// dropped when it ends.
     std::array<quint64, kListCount> m_readCount{};
+    /// Reads done and not yet adopted (list, read number), adopted one at a
+    /// time by a zero timer: lists read at the same moment would otherwise be
+    /// adopted back to back, and the window could neither paint nor take a
+    /// key in between.
+    std::vector<std::pair<int, quint64>> m_done;
+    QTimer m_adoptNext;
     std::array<bool, kListCount> m_sortAfter{};
     /// The lines of each list file being read (what the chooser counts
     /// until the list is adopted).

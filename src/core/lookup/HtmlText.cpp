@@ -833,6 +833,44 @@ std::string renderedText(const GumboNode *body, const DecodeLimits &limits, Page
     return out.take();
 }
 
+/// Reads the NULs inside tags as the tokenizer does, as U+FFFD, before the
+/// parser sees them. Gumbo 0.10 gets them wrong in either of its error
+/// modes: a NUL in an attribute's name runs into the next name or takes the
+/// name's place ('<b \0hidden>' would hide). NULs elsewhere it reads right
+/// and they stay. The scan follows tags and quotes only as far as finding
+/// those NULs; callbook pages carry none at all.
+void settleNulsInTags(QByteArray &utf8)
+{
+    static constexpr char kReplacement[] = "\xEF\xBF\xBD";
+    QByteArray out;
+    out.reserve(utf8.size() + 64);
+    const auto isAlpha = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); };
+    const qsizetype n = utf8.size();
+    bool inTag = false;
+    char quote = 0;
+    for (qsizetype i = 0; i < n; ++i) {
+        const char c = utf8[i];
+        if (c == '\0' && inTag) {
+            out.append(kReplacement, 3);
+            continue;
+        }
+        out.append(c);
+        if (!inTag) {
+            const char next = i + 1 < n ? utf8[i + 1] : '\0';
+            const char after = i + 2 < n ? utf8[i + 2] : '\0';
+            inTag = c == '<' && (isAlpha(next) || (next == '/' && isAlpha(after)));
+        } else if (quote) {
+            if (c == quote)
+                quote = 0;
+        } else if (c == '"' || c == '\'') {
+            quote = c;
+        } else if (c == '>') {
+            inTag = false;
+        }
+    }
+    utf8 = std::move(out);
+}
+
 const GumboNode *findBody(const GumboNode *root)
 {
     if (!root || !isElement(root))
@@ -880,6 +918,8 @@ DecodedPage htmlDecode(QStringView html, const DecodeLimits &limits)
     if (html.isEmpty())
         return result;
     QByteArray utf8 = html.toUtf8();
+    if (utf8.contains('\0'))
+        settleNulsInTags(utf8);
     if (limits.guardMarkup) {
         std::string guarded;
         const MarkupGuardResult guard = guardMarkup(std::string_view(utf8.constData(), std::size_t(utf8.size())), guarded,

@@ -744,18 +744,32 @@ Tag Guard::scanTag(std::size_t i, bool endTag)
             tag.fontBreakout = true;
         if (kept == kEncoding && !(seen & (1u << kEncoding)))
             tag.htmlEncoding = sameName(value, "text/html") || sameName(value, "application/xhtml+xml");
+        // An attribute stays, whatever it is, when a "=" follows it: left
+        // out, a name without a value before it would take that "=" and
+        // what comes after as its value ('<b a a=v =">x' would lose the x).
+        std::size_t next = attrEnd;
+        while (next < n && isSpace(p[next]))
+            ++next;
+        const bool mayCut = next >= n || p[next] != '=';
         if (formatting) {
             // A repeated name goes, as the parser drops it (the parser, told
             // to keep no errors, would run it into the next name).
-            if (++attributeCount > kFormattingAttributes || repeatsName(attrStart, attrName)) {
+            // Past the number, the attributes the text depends on still stay
+            // ('<b' and sixteen names, then a style that hides it).
+            const bool firstKept = kept >= 0 && !(seen & (1u << kept));
+            if (kept >= 0)
+                seen |= 1u << kept;
+            const bool over = ++attributeCount > kFormattingAttributes && !firstKept;
+            const bool repeated = !over && repeatsName(attrStart, attrName);
+            if ((over || repeated) && mayCut) {
                 m_cuts.emplace_back(attrStart, attrEnd);
-            } else {
+            } else if (!repeated) {
                 // A sum, as the parser compares attributes in any order.
                 tag.attributes += nameHash(attrName) * 3 + valueHash(value);
             }
         } else if (kept >= 0 && !(seen & (1u << kept))) {
             seen |= 1u << kept;
-        } else {
+        } else if (mayCut) {
             m_cuts.emplace_back(attrStart, attrEnd);
         }
     }

@@ -155,6 +155,17 @@ void TestHtmlText::guardKeepsWhatPagesShow_data()
     QTest::newRow("the first style counts") << u"<div style=\"display:none\" style=\"\">h</div>v"_qs << u"v"_qs;
     QTest::newRow("duplicate attribute before a style")
         << u"<div class=a class=b style=\"display:none\">h</div>v"_qs << u"v"_qs;
+    // A NUL is U+FFFD inside a tag and nothing in text, as in a browser.
+    QTest::newRow("a NUL in an open comment") << u"a<!--c><a>\0<b>d"_qs << u"a"_qs;
+    QTest::newRow("a NUL in a name before another") << u"<b \0v v hidden>i</b>t"_qs << u"t"_qs;
+    QTest::newRow("a NUL makes another name") << u"<b \0hidden>i</b>t"_qs << u"it"_qs;
+    QTest::newRow("a NUL in a quoted value") << u"<b title=\"a>\0\" hidden>i</b>t"_qs << u"t"_qs;
+    QTest::newRow("a NUL in text") << u"a\0b"_qs << u"ab"_qs;
+    QTest::newRow("a NUL after <") << u"a<\0b>c"_qs << u"a<b>c"_qs;
+    QTest::newRow("a NUL in a reference") << u"&am\0p;"_qs << u"&amp;"_qs;
+    QTest::newRow("style after many names on a formatting tag")
+        << (u"<b "_qs + u"a b c d e f g h i j k l m n o p q r "_qs + u"style=\"display:none\">h</b>v"_qs) << u"v"_qs;
+    QTest::newRow("a stray = after a repeated name") << u"<b a a=v =\">x"_qs << u"x"_qs;
     QTest::newRow("hidden formatting reopened in the next paragraph") << u"<p><b hidden>h</p>t"_qs << QString();
     QTest::newRow("self-closing svg element holds nothing") << u"<svg><g/>a</svg><div>b</div>"_qs << u"a\r\nb"_qs;
     QTest::newRow("div breaks out of svg") << u"<svg><g><div>a</div>b"_qs << u"a\r\nb"_qs;

@@ -606,6 +606,7 @@ private:
     /// Keeps the tag scanned last, less the attributes it need not carry.
     void keepTag();
     void leaveOutTag(std::size_t lt, std::size_t end);
+    bool textGathersInTable() const;
 
     std::string_view m_page;
     std::string &m_out;
@@ -652,8 +653,11 @@ void Guard::leaveOutTag(std::size_t lt, std::size_t end)
     last.append(m_page.substr(lt - std::min<std::size_t>(since, 3), std::min<std::size_t>(since, 3)));
     // A "<" of the text just before must not run into what follows and
     // make a tag of it, and the parser misreads the first tag after an
-    // empty "</>"; an empty comment parts them and renders nothing.
-    const bool part = last.ends_with('<') || last.ends_with("</>");
+    // empty "</>"; an empty comment parts them and renders nothing. While
+    // a table is open the tag may also end a run of text the parser gathers
+    // there (even once the current node is a formatting element rebuilt
+    // beside the table); the comment ends it as well.
+    const bool part = last.ends_with('<') || last.ends_with("</>") || m_outline.top(CatTable) >= 0;
     leaveOut(lt, end, part ? std::string_view("<!---->") : std::string_view());
 }
 
@@ -1207,16 +1211,23 @@ void Guard::rebuild(std::size_t at)
     m_result.tagsLeftOut = true;
 }
 
+bool Guard::textGathersInTable() const
+{
+    // Straight in a table the parser gathers a run of text up to the next
+    // token and places it as a whole: beside the table when any of it is
+    // not white space, in the table otherwise.
+    const Entry *current = m_outline.current();
+    return current && !current->foreign() && !inSelect()
+        && (current->info.id == Id::Table || current->info.id == Id::Tr || (current->info.flags & Section));
+}
+
 void Guard::textBefore(std::size_t from, std::size_t to)
 {
     // Text rebuilds the formatting elements closed by a block, except in
     // svg or math and in a select, and white space straight in a table.
     if (m_outline.inForeignContent() || inSelect())
         return;
-    const Entry *current = m_outline.current();
-    const bool inTable = current && !current->foreign()
-        && (current->info.id == Id::Table || current->info.id == Id::Tr || (current->info.flags & Section));
-    if (inTable && std::all_of(m_page.begin() + std::ptrdiff_t(from), m_page.begin() + std::ptrdiff_t(to), isSpace))
+    if (textGathersInTable() && std::all_of(m_page.begin() + std::ptrdiff_t(from), m_page.begin() + std::ptrdiff_t(to), isSpace))
         return;
     rebuild(from);
 }

@@ -190,6 +190,8 @@ void TestHtmlText::guardKeepsWhatPagesShow_data()
     QTest::newRow("an empty end tag stays apart from what follows")
         << deep + u"<b></></u><svg></svg><xmp><d"_qs << u"<d"_qs;
     QTest::newRow("a text < stays apart from what follows") << deep + u"<</dt>W"_qs << u"<W"_qs;
+    QTest::newRow("a stray end tag ends a run of text in a table")
+        << deep + u"<p><b><table>2</head>\n<v>x"_qs << u"2x"_qs;
     QTest::newRow("select inside a table ends with the table")
         << u"<table><tr><td><select><option>o</select><td>c</table>x"_qs << u"o\r\n\tc\r\nx"_qs;
 }

@@ -890,7 +890,8 @@ void Guard::closeFormatting(int at)
     // With blocks opened inside it, the parser moves the formatting element
     // into each block in turn (up to eight), keeping formatting elements on
     // the way and dropping other inline ones, then closes it after the last
-    // block with everything opened there.
+    // block with everything opened there. Closing takes a ninth round, so
+    // with eight blocks or more it stays open inside the eighth.
     constexpr int kMoves = 8;
     m_blocks.clear();
     for (int i = at + 1; i < m_outline.depth() && int(m_blocks.size()) <= kMoves; ++i) {
@@ -904,7 +905,7 @@ void Guard::closeFormatting(int at)
             m_outline.unlist(listed);
         return;
     }
-    const bool closed = int(m_blocks.size()) <= kMoves;
+    const bool closed = int(m_blocks.size()) < kMoves;
     const int last = closed ? m_blocks.back() : m_blocks[kMoves - 1];
     m_outline.rebuildAbove(at, last, closed);
 }

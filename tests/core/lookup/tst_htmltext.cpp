@@ -192,6 +192,8 @@ void TestHtmlText::guardKeepsWhatPagesShow_data()
     QTest::newRow("a text < stays apart from what follows") << deep + u"<</dt>W"_qs << u"<W"_qs;
     QTest::newRow("a stray end tag ends a run of text in a table")
         << deep + u"<p><b><table>2</head>\n<v>x"_qs << u"2x"_qs;
+    QTest::newRow("a formatting element closes in a ninth round of moves")
+        << u"<b hidden>"_qs + u"<div>"_qs.repeated(16) + u"</b></b></b>x"_qs << u"x"_qs;
     QTest::newRow("select inside a table ends with the table")
         << u"<table><tr><td><select><option>o</select><td>c</table>x"_qs << u"o\r\n\tc\r\nx"_qs;
 }

@@ -60,6 +60,7 @@ constexpr std::uint64_t kTbody = nameHash("tbody");
 constexpr std::uint64_t kSelect = nameHash("select");
 constexpr std::uint64_t kButton = nameHash("button");
 constexpr std::uint64_t kForm = nameHash("form");
+constexpr std::uint64_t kCaption = nameHash("caption");
 
 // ---------------------------------------------------------------------------
 // What the parser does with each tag name
@@ -1042,9 +1043,11 @@ Guard::After Guard::startTag(const Tag &tag, std::size_t lt)
         if (current && !current->foreign() && (current->info.flags & Heading))
             m_outline.popTo(m_outline.depth() - 1);
     } else if (info.id == Id::Table) {
-        // Straight in a table (not in a cell or caption) a table ends the
-        // first one, even below elements put in front of the table.
-        if (table >= 0 && table == m_outline.top(CatScope))
+        // Straight in a table (not in a cell, caption or template) a table
+        // ends the first one, even below elements put in front of the
+        // table, an object or a marquee among them.
+        if (table >= 0 && table >= m_outline.top(CatTableScope) && table > m_outline.top(CatCell)
+            && table > m_outline.topmost("caption", kCaption))
             m_outline.popTo(table);
     } else if ((f & (Cell | Section)) || info.id == Id::Tr || info.id == Id::Caption) {
         // In a table, or a template (which may hold table parts alone).

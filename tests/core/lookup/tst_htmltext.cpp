@@ -194,6 +194,8 @@ void TestHtmlText::guardKeepsWhatPagesShow_data()
         << deep + u"<p><b><table>2</head>\n<v>x"_qs << u"2x"_qs;
     QTest::newRow("a formatting element closes in a ninth round of moves")
         << u"<b hidden>"_qs + u"<div>"_qs.repeated(16) + u"</b></b></b>x"_qs << u"x"_qs;
+    QTest::newRow("a table put in front of a table ends it")
+        << u"<table><object><table></table><div><td>"_qs + deep + u"x</div>y"_qs << u"x\r\ny"_qs;
     QTest::newRow("select inside a table ends with the table")
         << u"<table><tr><td><select><option>o</select><td>c</table>x"_qs << u"o\r\n\tc\r\nx"_qs;
 }

@@ -842,30 +842,69 @@ std::string renderedText(const GumboNode *body, const DecodeLimits &limits, Page
 void settleNulsInTags(QByteArray &utf8)
 {
     static constexpr char kReplacement[] = "\xEF\xBF\xBD";
+    // The tokenizer's tag states, as far as they tell where a tag ends: a
+    // quote opens a value only after "=", elsewhere it is part of a name.
+    enum class In { Text, TagName, BeforeName, Name, AfterName, BeforeValue, Quoted, Unquoted };
     QByteArray out;
     out.reserve(utf8.size() + 64);
     const auto isAlpha = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); };
+    const auto isSpace = [](char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\f' || c == '\r'; };
     const qsizetype n = utf8.size();
-    bool inTag = false;
+    In state = In::Text;
     char quote = 0;
     for (qsizetype i = 0; i < n; ++i) {
         const char c = utf8[i];
-        if (c == '\0' && inTag) {
-            out.append(kReplacement, 3);
-            continue;
-        }
-        out.append(c);
-        if (!inTag) {
+        if (state == In::Text) {
+            out.append(c);
             const char next = i + 1 < n ? utf8[i + 1] : '\0';
             const char after = i + 2 < n ? utf8[i + 2] : '\0';
-            inTag = c == '<' && (isAlpha(next) || (next == '/' && isAlpha(after)));
-        } else if (quote) {
+            if (c == '<' && (isAlpha(next) || (next == '/' && isAlpha(after)))) {
+                state = In::TagName;
+                out.append(utf8[++i]); // the first letter, or the slash of an end tag
+            }
+            continue;
+        }
+        out.append(c == '\0' ? QByteArrayView(kReplacement, 3) : QByteArrayView(&c, 1));
+        const bool ends = c == '>' && state != In::Quoted;
+        if (ends) {
+            state = In::Text;
+            continue;
+        }
+        switch (state) {
+        case In::TagName:
+        case In::Unquoted:
+            if (isSpace(c) || (c == '/' && state == In::TagName))
+                state = In::BeforeName;
+            break;
+        case In::BeforeName:
+            if (!isSpace(c) && c != '/')
+                state = In::Name;
+            break;
+        case In::Name:
+        case In::AfterName:
+            if (c == '=')
+                state = In::BeforeValue;
+            else if (c == '/')
+                state = In::BeforeName;
+            else if (isSpace(c))
+                state = In::AfterName;
+            else
+                state = In::Name;
+            break;
+        case In::BeforeValue:
+            if (c == '"' || c == '\'') {
+                quote = c;
+                state = In::Quoted;
+            } else if (!isSpace(c)) {
+                state = In::Unquoted;
+            }
+            break;
+        case In::Quoted:
             if (c == quote)
-                quote = 0;
-        } else if (c == '"' || c == '\'') {
-            quote = c;
-        } else if (c == '>') {
-            inTag = false;
+                state = In::BeforeName;
+            break;
+        case In::Text:
+            break;
         }
     }
     utf8 = std::move(out);
@@ -926,6 +965,7 @@ DecodedPage htmlDecode(QStringView html, const DecodeLimits &limits)
                                                     [&] { return limitReached(limits) != PageTextError::None; });
         if (guard.changed && !guard.stopped)
             utf8 = QByteArray(guarded.data(), qsizetype(guarded.size()));
+        result.tagsLeftOut = guard.tagsLeftOut;
     }
     result.error = limitReached(limits);
     if (result.error != PageTextError::None)

@@ -44,6 +44,9 @@ struct DecodedPage
 {
     QString text;
     PageTextError error = PageTextError::None;
+    /// The guard left start tags out, so the text may differ from the
+    /// markup parsed exactly as it came.
+    bool tagsLeftOut = false;
 };
 
 /// The text a browser's innerText gives for a page's body: blocks on lines of

@@ -161,6 +161,9 @@ void TestHtmlText::guardKeepsWhatPagesShow_data()
     QTest::newRow("a NUL makes another name") << u"<b \0hidden>i</b>t"_qs << u"it"_qs;
     QTest::newRow("a NUL in a quoted value") << u"<b title=\"a>\0\" hidden>i</b>t"_qs << u"t"_qs;
     QTest::newRow("a NUL in text") << u"a\0b"_qs << u"ab"_qs;
+    QTest::newRow("a NUL after a quote in a name") << u"<b a\">x\0y</b>"_qs << u"xy"_qs;
+    QTest::newRow("a NUL after a quote in a tag's name") << u"<b\"><i t='>'>x\0y"_qs << u"xy"_qs;
+    QTest::newRow("a quote in an unquoted value") << u"<b title=a\0\"b>i</b>\0t"_qs << u"it"_qs;
     QTest::newRow("a NUL after <") << u"a<\0b>c"_qs << u"a<b>c"_qs;
     QTest::newRow("a NUL in a reference") << u"&am\0p;"_qs << u"&amp;"_qs;
     QTest::newRow("style after many names on a formatting tag")

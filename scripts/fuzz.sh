@@ -5,6 +5,10 @@
 # prints the executions per target. A crash fails the run once every target
 # has had its turn; the input that crashed is kept in build/fuzz/artifacts/.
 #   bash scripts/fuzz.sh 120     # two minutes per target
+# FUZZ_SEED fixes libFuzzer's seed: the test command sets it, so its short
+# run mutates the same way on every machine and a clean run here means the
+# same inputs pass there (a faster machine goes a little further). Without
+# it every run explores anew.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 seconds=${1:-${FUZZ_SECONDS:-10}}
@@ -23,7 +27,7 @@ for f in $fuzzers; do
   [ -d "$corpus" ] && cp -r "$corpus"/. "$work"/
   echo "fuzzing $f for ${seconds}s"
   log="$build/artifacts/$f.log"
-  if ! (cd "$work" && "$OLDPWD/$build/bin/$f" -max_total_time="$seconds" -max_len=65536 -rss_limit_mb=4096 \
+  if ! (cd "$work" && "$OLDPWD/$build/bin/$f" ${FUZZ_SEED:+-seed="$FUZZ_SEED"} -max_total_time="$seconds" -max_len=65536 -rss_limit_mb=4096 \
           -timeout=20 -print_final_stats=1 -artifact_prefix="$OLDPWD/$build/artifacts/$f-" . >"$OLDPWD/$log" 2>&1); then
     grep -E '^(==[0-9]+==ERROR|SUMMARY)|Test unit written' "$log" || tail -n 20 "$log"
     failed+=" $f"

@@ -11,4 +11,4 @@ cmake --build "$build"
 export ASAN_OPTIONS=${ASAN_OPTIONS:-detect_leaks=1:abort_on_error=0}
 export UBSAN_OPTIONS=${UBSAN_OPTIONS:-print_stacktrace=1:halt_on_error=1}
 (cd "$build" && ctest --output-on-failure --timeout 600 -j2)
-bash scripts/fuzz.sh "${FUZZ_SECONDS:-20}"
+FUZZ_SEED=${FUZZ_SEED:-1} bash scripts/fuzz.sh "${FUZZ_SECONDS:-20}"

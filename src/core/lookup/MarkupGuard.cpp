@@ -608,6 +608,8 @@ private:
     void keepTag();
     void leaveOutTag(std::size_t lt, std::size_t end);
     bool textGathersInTable() const;
+    bool inTableMode() const;
+    void cdataAsText(std::size_t lt, std::size_t contentEnd, std::size_t end);
 
     std::string_view m_page;
     std::string &m_out;
@@ -1046,8 +1048,7 @@ Guard::After Guard::startTag(const Tag &tag, std::size_t lt)
         // Straight in a table (not in a cell, caption or template) a table
         // ends the first one, even below elements put in front of the
         // table, an object or a marquee among them.
-        if (table >= 0 && table >= m_outline.top(CatTableScope) && table > m_outline.top(CatCell)
-            && table > m_outline.topmost("caption", kCaption))
+        if (inTableMode())
             m_outline.popTo(table);
     } else if ((f & (Cell | Section)) || info.id == Id::Tr || info.id == Id::Caption) {
         // In a table, or a template (which may hold table parts alone).
@@ -1215,6 +1216,39 @@ void Guard::rebuild(std::size_t at)
     m_result.tagsLeftOut = true;
 }
 
+bool Guard::inTableMode() const
+{
+    // The parser's table modes hold from a table until a cell, caption or
+    // template inside it; elements put in front of the table (an object or
+    // a marquee among them) leave them as they are.
+    const int table = m_outline.top(CatTable);
+    return table >= 0 && table >= m_outline.top(CatTableScope) && table > m_outline.top(CatCell)
+        && table > m_outline.topmost("caption", kCaption);
+}
+
+void Guard::cdataAsText(std::size_t lt, std::size_t contentEnd, std::size_t end)
+{
+    // gumbo 0.10 fails an assertion, and aborts the program, when text
+    // follows a CDATA section in an svg title or math mi inside a table.
+    // The section is only text there: it goes to the parser as such.
+    const std::size_t from = lt + 9;
+    std::string text;
+    text.reserve(contentEnd - from + 16);
+    for (std::size_t i = from; i < contentEnd; ++i) {
+        const char c = m_page[i];
+        if (c == '&')
+            text += "&amp;";
+        else if (c == '<')
+            text += "&lt;";
+        else
+            text += c;
+    }
+    if (contentEnd > from)
+        textBefore(from, contentEnd);
+    leaveOut(lt, end, text);
+    m_result.tagsLeftOut = true;
+}
+
 bool Guard::textGathersInTable() const
 {
     // Straight in a table the parser gathers a run of text up to the next
@@ -1262,6 +1296,8 @@ MarkupGuardResult Guard::run()
             } else if (p.compare(lt + 2, 7, "[CDATA[") == 0 && m_outline.current() && m_outline.current()->foreign()) {
                 const std::size_t end = p.find("]]>", lt + 9);
                 i = end == std::string_view::npos ? n : end + 3;
+                if ((m_outline.current()->info.flags & Integration) && inTableMode())
+                    cdataAsText(lt, end == std::string_view::npos ? n : end, i);
             } else {
                 const std::size_t end = p.find('>', lt + 2);
                 i = end == std::string_view::npos ? n : end + 1;

@@ -8,6 +8,7 @@
 #include <QSaveFile>
 #include <QStorageInfo>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstring>
@@ -91,23 +92,27 @@ QStringList splitLines(QStringView text)
 
 qsizetype countLines(QByteArrayView bytes)
 {
-    // memchr runs through a list file of megabytes in well under a
-    // millisecond; a lone CR (a file from an old Mac editor) ends a line too.
+    // A lone CR (a file from an old Mac editor) ends a line too. Counting
+    // the other four lists at start-up is on the window's way to its first
+    // paint, so this is one plain pass the compiler turns into vector
+    // compares (see Sources.cmake): a memchr for every line cost a
+    // millisecond for four 10,000-row lists. The counts go in byte-sized
+    // sums of at most 255 bytes, which keeps the vectors wide.
     const qsizetype n = bytes.size();
     if (n == 0)
         return 0;
-    const char *data = bytes.data();
-    const char *end = data + n;
+    const auto *data = reinterpret_cast<const unsigned char *>(bytes.data());
+    const qsizetype beforeLast = n - 1;
     qsizetype lines = 0;
-    for (const char *p = data; (p = static_cast<const char *>(std::memchr(p, '\n', size_t(end - p)))); ++p)
-        ++lines;
-    for (const char *p = data; (p = static_cast<const char *>(std::memchr(p, '\r', size_t(end - p)))); ++p) {
-        if (p + 1 == end || p[1] != '\n')
-            ++lines;
+    for (qsizetype i = 0; i < beforeLast;) {
+        const qsizetype end = std::min(beforeLast, i + 255);
+        unsigned char breaks = 0;
+        for (; i < end; ++i)
+            breaks += (data[i] == '\n') | ((data[i] == '\r') & (data[i + 1] != '\n'));
+        lines += breaks;
     }
-    if (data[n - 1] != '\n' && data[n - 1] != '\r')
-        ++lines;
-    return lines;
+    // The last byte ends the last line, whether it is a break or not.
+    return lines + 1;
 }
 
 namespace {

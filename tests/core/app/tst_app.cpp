@@ -252,6 +252,11 @@ void TestApp::splitLines_data()
     QTest::newRow("empty line kept") << QStringLiteral("a\r\n\r\n") << QStringList{u"a"_qs, QString()};
     QTest::newRow("Linux line ends") << QStringLiteral("a\nb\n") << QStringList{u"a"_qs, u"b"_qs};
     QTest::newRow("lone CR") << QStringLiteral("a\rb") << QStringList{u"a"_qs, u"b"_qs};
+    QTest::newRow("lone CR at the end") << QStringLiteral("a\r") << QStringList{u"a"_qs};
+    QTest::newRow("lone CR before CR LF") << QStringLiteral("a\r\r\nb") << QStringList{u"a"_qs, QString(), u"b"_qs};
+    QTest::newRow("LF CR") << QStringLiteral("a\n\rb\n") << QStringList{u"a"_qs, QString(), u"b"_qs};
+    QTest::newRow("a break alone") << QStringLiteral("\r\n") << QStringList{QString()};
+    QTest::newRow("one byte") << QStringLiteral("a") << QStringList{u"a"_qs};
 }
 
 void TestApp::splitLines()

@@ -4,6 +4,7 @@
 #include <QCache>
 #include <QDir>
 #include <QDirIterator>
+#include <QFile>
 #include <QFileInfo>
 #include <QImageReader>
 
@@ -36,6 +37,20 @@ Cache &cache()
 QString key(const QString &path, int height)
 {
     return path + u'@' + QString::number(height);
+}
+
+/// The image format a file's first bytes name; empty for any other.
+QByteArray formatOf(const QByteArray &head)
+{
+    if (head.startsWith("\xFF\xD8\xFF"))
+        return QByteArrayLiteral("jpeg");
+    if (head.startsWith("\x89PNG\r\n\x1A\n"))
+        return QByteArrayLiteral("png");
+    if (head.startsWith("BM"))
+        return QByteArrayLiteral("bmp");
+    if (head.startsWith("GIF87a") || head.startsWith("GIF89a"))
+        return QByteArrayLiteral("gif");
+    return {};
 }
 
 } // namespace
@@ -185,8 +200,19 @@ QImage image(const QString &path, int height)
     // Thumbnails are bitmaps behind a ".jpg" name, pictures anything: trust
     // the content. A picture is decoded straight to the height asked for
     // (JPEG decodes at a fraction of the cost that way).
-    QImageReader reader(path);
-    reader.setDecideFormatFromContent(true);
+    QImageReader reader;
+    QFile file(path);
+    const QByteArray format = file.open(QIODevice::ReadOnly) ? formatOf(file.peek(8)) : QByteArray();
+    if (!format.isEmpty()) {
+        // Known by its first bytes: straight to its reader, without asking
+        // every image plugin in turn whether it knows the file.
+        reader.setDevice(&file);
+        reader.setFormat(format);
+        reader.setAutoDetectImageFormat(false);
+    } else {
+        reader.setFileName(path);
+        reader.setDecideFormatFromContent(true);
+    }
     if (height > 0) {
         const QSize size = reader.size();
         if (size.isValid() && size.height() > 0)

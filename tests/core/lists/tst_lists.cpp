@@ -75,6 +75,8 @@ private slots:
     void thumbnailsFollowTheirRows();
     void thumbnailFolderListing_data();
     void thumbnailFolderListing();
+    void thumbnailDecodedByItsContent_data();
+    void thumbnailDecodedByItsContent();
 
 private:
     LoadReport loadBytes(CallListModel &model, const QByteArray &bytes);
@@ -508,6 +510,43 @@ static int saveLoop(const QString &path)
     fflush(stdout);
     for (int n = 0;; ++n)
         saveList(models[n % 2], path);
+}
+
+void TestLists::thumbnailDecodedByItsContent_data()
+{
+    QTest::addColumn<QByteArray>("format"); // as written behind the ".jpg" name
+    QTest::addColumn<int>("height");        // asked for; 0: as stored
+    QTest::addColumn<QSize>("size");        // decoded; empty: nothing
+    QTest::newRow("JPEG") << QByteArray("JPEG") << 0 << QSize(24, 16);
+    QTest::newRow("JPEG at half height") << QByteArray("JPEG") << 8 << QSize(12, 8);
+    QTest::newRow("PNG") << QByteArray("PNG") << 0 << QSize(24, 16);
+    QTest::newRow("bitmap") << QByteArray("BMP") << 0 << QSize(24, 16);
+    QTest::newRow("bitmap at twice its height") << QByteArray("BMP") << 32 << QSize(48, 32);
+    QTest::newRow("PPM, known only to the readers") << QByteArray("PPM") << 0 << QSize(24, 16);
+    QTest::newRow("a bitmap's mark on no bitmap") << QByteArray("BM broken") << 0 << QSize(0, 0);
+    QTest::newRow("no picture at all") << QByteArray("text") << 16 << QSize(0, 0);
+}
+
+void TestLists::thumbnailDecodedByItsContent()
+{
+    QFETCH(QByteArray, format);
+    QFETCH(int, height);
+    QFETCH(QSize, size);
+    const QString path = m_dir.filePath(u"thumb-%1.jpg"_qs.arg(QString::fromLatin1(QTest::currentDataTag())));
+    QImage picture(24, 16, QImage::Format_RGB32);
+    picture.fill(QColor(220, 20, 20));
+    if (size.isEmpty()) {
+        QFile f(path);
+        QVERIFY(f.open(QIODevice::WriteOnly) && f.write(format) == format.size());
+    } else {
+        QVERIFY(picture.save(path, format.constData()));
+    }
+    const QImage decoded = thumbnailCache::image(path, height);
+    QCOMPARE(decoded.size(), size);
+    if (!size.isEmpty()) {
+        const QColor centre = decoded.pixelColor(size.width() / 2, size.height() / 2);
+        QVERIFY2(centre.red() > 180 && centre.green() < 70, qPrintable(centre.name()));
+    }
 }
 
 int main(int argc, char *argv[])

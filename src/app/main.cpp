@@ -2,11 +2,8 @@
 #include "gui/app/CompositionRoot.h"
 #include "gui/app/MainWindow.h"
 
-#include "core/app/DataFolder.h"
-
 #include <QApplication>
 #include <QCommandLineParser>
-#include <QIcon>
 #include <QSocketNotifier>
 
 #include <csignal>
@@ -32,11 +29,6 @@ int main(int argc, char *argv[])
     QApplication::setApplicationName(QStringLiteral("Marvik"));
     QApplication::setApplicationVersion(QStringLiteral(MARVIK_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("marvik"));
-    const QString icons = marvik::app::shareFolder() + QStringLiteral("/icons/");
-    QIcon fallback;
-    for (int size : {16, 32, 48, 64, 128, 256})
-        fallback.addFile(icons + QStringLiteral("marvik-%1.png").arg(size));
-    QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("marvik"), fallback));
 
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral("Callsign lists for slow-scan TV picture exchange"));

@@ -10,6 +10,7 @@
 #include "core/lookup/services/CredentialStore.h"
 #include "core/lookup/services/LookupCache.h"
 #include "gui/app/AppController.h"
+#include "gui/app/AppIcon.h"
 #include "gui/app/Commands.h"
 #include "gui/app/MainCommands.h"
 #include "gui/app/MainWindow.h"
@@ -24,12 +25,19 @@
 #include "gui/share/ShareController.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QDir>
+#include <QTimer>
 
 #include <algorithm>
 #include <QNetworkAccessManager>
 
 namespace marvik::gui {
+
+namespace {
+/// The pause before each piece of work left over from start-up.
+constexpr int kAfterStartGapMs = 1;
+} // namespace
 
 using i18n::TextId;
 
@@ -104,6 +112,12 @@ void CompositionRoot::wire()
     connect(w, &MainWindow::closing, this, &CompositionRoot::shutDown);
     connect(w, &MainWindow::firstPaint, m_listsController, &ListsController::reportDamage);
     connect(w, &MainWindow::firstPaint, m_lists.get(), &lists::ListStore::startWaitingReads);
+    connect(w, &MainWindow::firstPaint, this, [this] {
+        m_painted = true;
+        settle();
+    });
+    // Queued, so whoever waits for the last list hears of it first.
+    connect(m_lists.get(), &lists::ListStore::listRead, this, &CompositionRoot::settle, Qt::QueuedConnection);
 
     connect(m_lists.get(), &lists::ListStore::chooserLineChanged, w,
             [this, w](int list) { w->setChooserLine(list, m_lists->chooserLine(list)); });
@@ -165,12 +179,9 @@ bool CompositionRoot::startUp()
     session.prepareFolder(notes);
     m_window->applyPlacement(session.placement());
     session.ensureImageFolders();
-    // Callbook services: the lookup cache, in the folder that is ours now.
-    m_cache = std::make_unique<lookup::LookupCache>(session.dataFolder().filePath(lookup::LookupCache::fileName()));
-    m_cache->setFreshDays(session.sources().cacheFreshDays());
-    m_cache->setMaxEntries(session.sources().cacheMaxEntries());
-    m_cache->prune();
-    m_callbooks->setCache(m_cache.get());
+    // Callbook services: the lookup cache, in the folder that is ours now,
+    // opened once the window has painted or a lookup needs it.
+    m_callbooks->setCacheOpener([this] { return openLookupCache(); });
     session.scanMaps();
     session.readConfig(notes);
     m_window->setSortOption(settings.sortMode);
@@ -216,11 +227,59 @@ void CompositionRoot::tellStartUpNotes(const app::StartUpNotes &notes)
         lines << m_texts->fill(TextId::ConfigKept, config, QDir::toNativeSeparators(notes.configKeptAs));
     if (!notes.configProblem.isEmpty())
         lines << m_texts->fill(TextId::ConfigUnreadable, config, notes.configProblem);
-    // Callbook services: a damaged lookup cache went aside at opening.
-    if (m_cache && !m_cache->setAsidePath().isEmpty())
-        lines << m_texts->fill(TextId::CacheSetAside, QDir::toNativeSeparators(m_cache->setAsidePath()));
     if (!lines.isEmpty())
         messages::exclamation(m_window.get(), lines.join(QStringLiteral("\n\n")));
+}
+
+void CompositionRoot::settle()
+{
+    // What neither the first paint nor the lists need wait for, once both
+    // are done: the grids of the other lists, the lookup cache (SQLite and
+    // its pruning; a lookup made sooner opens it itself) and the window
+    // icon (six PNGs to decode).
+    if (m_settled || !m_painted || m_lists->isReading())
+        return;
+    m_settled = true;
+    m_afterStart = {[this] { m_window->attachAllModels(); }, [this] { m_callbooks->cache(); },
+                    [] { QApplication::setWindowIcon(applicationIcon()); }};
+    QTimer::singleShot(kAfterStartGapMs, this, &CompositionRoot::nextAfterStart);
+}
+
+void CompositionRoot::nextAfterStart()
+{
+    // One piece at a time, each on a timer of its own: posted at once, they
+    // would run back to back, and the window could neither paint nor take a
+    // key until all were done.
+    if (m_afterStart.empty())
+        return;
+    const std::function<void()> piece = std::move(m_afterStart.front());
+    m_afterStart.erase(m_afterStart.begin());
+    piece();
+    if (!m_afterStart.empty())
+        QTimer::singleShot(kAfterStartGapMs, this, &CompositionRoot::nextAfterStart);
+}
+
+lookup::LookupCache *CompositionRoot::lookupCache() const
+{
+    return m_callbooks->cache();
+}
+
+lookup::LookupCache *CompositionRoot::openLookupCache()
+{
+    const lookup::SourceSettings &sources = m_session->sources();
+    m_cache = std::make_unique<lookup::LookupCache>(m_session->dataFolder().filePath(lookup::LookupCache::fileName()));
+    m_cache->setFreshDays(sources.cacheFreshDays());
+    m_cache->setMaxEntries(sources.cacheMaxEntries());
+    m_cache->prune();
+    // Told from the event loop: the cache may be opening in the middle of a
+    // lookup, which must not wait on a message box.
+    QMetaObject::invokeMethod(this, [this] {
+        m_commands->refresh();
+        if (!m_cache->setAsidePath().isEmpty())
+            messages::exclamation(m_window.get(), m_texts->fill(TextId::CacheSetAside,
+                                                                 QDir::toNativeSeparators(m_cache->setAsidePath())));
+    }, Qt::QueuedConnection);
+    return m_cache.get();
 }
 
 void CompositionRoot::textsChanged()

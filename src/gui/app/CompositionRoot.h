@@ -4,7 +4,9 @@
 #include <QObject>
 #include <QString>
 
+#include <functional>
 #include <memory>
+#include <vector>
 
 class QNetworkAccessManager;
 class QSettings;
@@ -70,8 +72,9 @@ public:
     LookupController *lookup() const { return m_lookup; }
     lookup::CallbookLookup &callbooks() const { return *m_callbooks; }
     lookup::CredentialStore &credentials() const { return *m_credentials; }
-    /// Null when no cache could be opened in the data folder.
-    lookup::LookupCache *lookupCache() const { return m_cache.get(); }
+    /// The lookup cache, opened now if the start has not opened it yet;
+    /// null before the start and when none could be opened.
+    lookup::LookupCache *lookupCache() const;
     ListsController *listsController() const { return m_listsController; }
     AppController *app() const { return m_app; }
     MapController *map() const { return m_map; }
@@ -83,6 +86,9 @@ private:
     void wire();
     bool lockDataFolder();
     void tellStartUpNotes(const app::StartUpNotes &notes);
+    lookup::LookupCache *openLookupCache();
+    void settle();
+    void nextAfterStart();
     void textsChanged();
 
     std::unique_ptr<app::Session> m_session;
@@ -110,6 +116,9 @@ private:
     /// The word for list the default list names were made with.
     QString m_listWord;
     bool m_started = false;
+    bool m_painted = false;
+    bool m_settled = false;
+    std::vector<std::function<void()>> m_afterStart;
     bool m_shutDown = false;
 };
 

@@ -345,31 +345,52 @@ void MainWindow::relabel()
 
 void MainWindow::setModels(const std::array<lists::CallListModel *, 5> &models)
 {
-    for (std::size_t i = 0; i < models.size(); ++i) {
-        ListGrid *grid = m_grids[i];
-        grid->setModel(models[i]);
-        connect(grid->selectionModel(), &QItemSelectionModel::currentChanged, this,
-                [this, grid](const QModelIndex &current) {
-                    if (grid == m_grids[std::size_t(shownList() - 1)])
-                        m_selection.setCurrentIndex(current);
-                });
+    // Four grids the first paint does not show need not be made ready for it.
+    m_models = models;
+    for (std::size_t i = 0; i < m_grids.size(); ++i) {
+        if (m_grids[i]->model())
+            attachModel(i);
     }
-    applyView();
+}
+
+void MainWindow::attachAllModels()
+{
+    for (std::size_t i = 0; i < m_grids.size(); ++i)
+        attachModel(i);
+}
+
+void MainWindow::attachModel(std::size_t i)
+{
+    ListGrid *grid = m_grids[i];
+    if (!m_models[i] || grid->model() == m_models[i])
+        return;
+    grid->setModel(m_models[i]);
+    connect(grid->selectionModel(), &QItemSelectionModel::currentChanged, this,
+            [this, grid](const QModelIndex &current) {
+                if (grid == m_grids[std::size_t(shownList() - 1)])
+                    m_selection.setCurrentIndex(current);
+            });
+    applyColumns(grid);
 }
 
 ListGrid *MainWindow::grid(int list) const
 {
-    return list >= 1 && list <= 5 ? m_grids[std::size_t(list - 1)] : nullptr;
+    if (list < 1 || list > 5)
+        return nullptr;
+    // Whoever asks for a grid gets it with its list in it.
+    const_cast<MainWindow *>(this)->attachModel(std::size_t(list - 1));
+    return m_grids[std::size_t(list - 1)];
 }
 
 void MainWindow::showList(int list)
 {
     if (list < 1 || list > 5)
         return;
+    ListGrid *shown = grid(list);
     m_stack->setCurrentIndex(list - 1);
     m_cboList->setCurrentIndex(list - 1);
     m_selection.setCurrentList(list);
-    m_selection.setCurrentIndex(grid(list)->currentIndex());
+    m_selection.setCurrentIndex(shown->currentIndex());
 }
 
 int MainWindow::shownList() const
@@ -490,26 +511,31 @@ void MainWindow::toggleExpanded()
 void MainWindow::applyView()
 {
     const QList<int> &edges = m_expanded ? kExpandedEdges : kNormalEdges;
-    // Columns beyond the edges keep the expanded widths in the normal view,
-    // so a wider window shows the address as the grid did.
-    for (ListGrid *g : m_grids) {
-        if (!g->model())
-            continue;
-        for (int c = 0; c < lists::kColumnCount; ++c) {
-            int w = 0;
-            if (c + 1 < edges.size())
-                w = edges[c + 1] - edges[c];
-            else if (c + 1 < kExpandedEdges.size())
-                w = kExpandedEdges[c + 1] - kExpandedEdges[c];
-            else if (c == int(lists::Column::Country))
-                w = kCountryWidth;
-            g->setColumnHidden(c, w == 0);
-            if (w)
-                g->setColumnWidth(c, w);
-        }
-    }
+    for (ListGrid *g : m_grids)
+        applyColumns(g);
     m_heading->setEdges(m_expanded ? edges + QList<int>{kExpandedWidth} : edges);
     layoutControls();
+}
+
+void MainWindow::applyColumns(ListGrid *grid) const
+{
+    if (!grid->model())
+        return;
+    const QList<int> &edges = m_expanded ? kExpandedEdges : kNormalEdges;
+    // Columns beyond the edges keep the expanded widths in the normal view,
+    // so a wider window shows the address as the grid did.
+    for (int c = 0; c < lists::kColumnCount; ++c) {
+        int w = 0;
+        if (c + 1 < edges.size())
+            w = edges[c + 1] - edges[c];
+        else if (c + 1 < kExpandedEdges.size())
+            w = kExpandedEdges[c + 1] - kExpandedEdges[c];
+        else if (c == int(lists::Column::Country))
+            w = kCountryWidth;
+        grid->setColumnHidden(c, w == 0);
+        if (w)
+            grid->setColumnWidth(c, w);
+    }
 }
 
 void MainWindow::resizeEvent(QResizeEvent *event)

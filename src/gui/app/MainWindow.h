@@ -49,7 +49,10 @@ public:
     ~MainWindow() override;
 
     /// The models of lists 1..5, one grid each.
+    /// The lists' models. A grid takes its model when it is first asked for
+    /// (the list shown at the start) or at attachAllModels().
     void setModels(const std::array<lists::CallListModel *, 5> &models);
+    void attachAllModels();
     ListGrid *grid(int list) const;
     /// Shows list 1..5's grid.
     void showList(int list);
@@ -115,6 +118,9 @@ private:
     void relabel();
     void layoutControls();
     void applyView();
+    void applyColumns(ListGrid *grid) const;
+    /// Gives the grid of list index `i` its model, once.
+    void attachModel(std::size_t i);
     void toggleExpanded();
     void gridMouseUp(Qt::MouseButton button, QPoint pos);
     void preparePopup(int row);
@@ -141,6 +147,7 @@ private:
     QColor m_blinkSavedColour;
 
     std::array<ListGrid *, 5> m_grids{};
+    std::array<lists::CallListModel *, 5> m_models{};
     QStackedWidget *m_stack = nullptr;
     HeadingBar *m_heading = nullptr;
     QLineEdit *m_txtCall = nullptr;

@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 target_sources(marvik_gui PRIVATE
   app/AppController.cpp app/AppController.h
+  app/AppIcon.cpp app/AppIcon.h
   app/Commands.cpp app/Commands.h
   app/CompositionRoot.cpp app/CompositionRoot.h
   app/MainCommands.cpp app/MainCommands.h

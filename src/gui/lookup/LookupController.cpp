@@ -105,7 +105,7 @@ LookupController::LookupController(lists::ListStore &lists, app::Session &sessio
     commands.provide(QStringLiteral("mnuLogin"), online);
     commands.provide(QStringLiteral("mnuAccounts"));
     commands.provide(QStringLiteral("mnuClearCache"), [this] {
-        return m_callbooks.cache() && m_callbooks.cache()->isOpen();
+        return m_callbooks.mayCache();
     });
 }
 
@@ -120,7 +120,8 @@ void LookupController::applySources()
 {
     const lookup::SourceSettings &sources = m_session.sources();
     m_callbooks.setSettings(sources);
-    if (lookup::LookupCache *cache = m_callbooks.cache()) {
+    // A cache still to open takes the settings when it opens.
+    if (lookup::LookupCache *cache = m_callbooks.openedCache()) {
         cache->setFreshDays(sources.cacheFreshDays());
         cache->setMaxEntries(sources.cacheMaxEntries());
     }

@@ -10,6 +10,8 @@
 
 #include <QTimer>
 
+#include <utility>
+
 namespace marvik::lookup {
 
 namespace {
@@ -104,6 +106,23 @@ CallbookLookup::~CallbookLookup()
     // anyone deletes the network manager.
     qDeleteAll(m_clients);
     delete m_lookUp;
+}
+
+void CallbookLookup::setCacheOpener(std::function<LookupCache *()> open)
+{
+    m_openCache = std::move(open);
+}
+
+LookupCache *CallbookLookup::cache()
+{
+    if (!m_cache && m_openCache)
+        m_cache = std::exchange(m_openCache, {})();
+    return m_cache;
+}
+
+bool CallbookLookup::mayCache() const
+{
+    return m_cache ? m_cache->isOpen() : bool(m_openCache);
 }
 
 void CallbookLookup::setSettings(const SourceSettings &settings)
@@ -357,8 +376,8 @@ void CallbookLookup::succeed(LookupResult result, bool limited)
     a.limited = limited;
     stopAttempt();
     m_deadline->stop();
-    if (m_cache)
-        m_cache->store(a.callsign, a.source, a.via, a.result);
+    if (LookupCache *kept = cache())
+        kept->store(a.callsign, a.source, a.via, a.result);
     m_call.clear();
     ++m_generation;
     emit answered(a);
@@ -371,8 +390,9 @@ void CallbookLookup::exhausted()
     m_deadline->stop();
     m_call.clear();
     ++m_generation;
-    if (m_cache && (m_options.cacheWhenFailing || m_options.offline)) {
-        if (const std::optional<CachedResult> c = m_cache->find(call)) {
+    LookupCache *kept = m_options.cacheWhenFailing || m_options.offline ? cache() : nullptr;
+    if (kept) {
+        if (const std::optional<CachedResult> c = kept->find(call)) {
             CallbookAnswer a;
             a.callsign = call;
             a.result = c->result;

@@ -12,6 +12,7 @@
 #include <QObject>
 #include <QString>
 
+#include <functional>
 #include <optional>
 
 class QNetworkAccessManager;
@@ -89,7 +90,15 @@ public:
 
     /// The cache to keep answers in and to answer from; null: none.
     void setCache(LookupCache *cache) { m_cache = cache; }
-    LookupCache *cache() const { return m_cache; }
+    /// A cache opened on first use instead: `open` runs when an answer is
+    /// first kept or looked for (or cache() is asked), not before.
+    void setCacheOpener(std::function<LookupCache *()> open);
+    /// The cache, opened now if it is opened on first use.
+    LookupCache *cache();
+    /// The cache if it is open already; null while it waits for first use.
+    LookupCache *openedCache() const { return m_cache; }
+    /// Whether answers can be kept: an open cache, or one still to open.
+    bool mayCache() const;
     void setSettings(const SourceSettings &settings);
     const SourceSettings &settings() const { return m_settings; }
     /// The user's callsign, by which QRZ's pages tell a log-in.
@@ -147,6 +156,7 @@ private:
     QNetworkAccessManager *m_network;
     CredentialStore *m_credentials;
     LookupCache *m_cache;
+    std::function<LookupCache *()> m_openCache;
     LookUp *m_lookUp;
     QHash<int, ServiceClient *> m_clients;
     SourceSettings m_settings;

@@ -16,6 +16,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QHash>
+#include <QLockFile>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
@@ -141,6 +142,42 @@ private slots:
         m_dir.reset();
         gui::messages::resetSeam();
         QThreadPool::globalInstance()->setMaxThreadCount(QThread::idealThreadCount());
+    }
+
+    // The current list is read while the window is built, before start-up
+    // has read the configuration or taken the data folder: what it read
+    // counts only if the file is still the same when start-up asks.
+    void aListChangedAfterTheReadAheadIsReadAgain()
+    {
+        writeAll(file(QStringLiteral("List1.dat")), listOf("G4", 5));
+        m_root = std::make_unique<gui::CompositionRoot>(m_dir->path(), m_store.get());
+        QTest::qWait(300); // the read ahead has long finished
+        writeAll(file(QStringLiteral("List1.dat")), listOf("DL", 3));
+        QVERIFY(m_root->startUp());
+        m_root->mainWindow()->show();
+        QTRY_COMPARE(callsigns(1), callsOf("DL", 3));
+    }
+
+    // A damaged list is copied aside when Marvik reads it, but not by a
+    // start that finds the data folder taken: that start reads nothing.
+    void aDamagedListIsLeftAloneByAStartThatCannotRun()
+    {
+        writeAll(file(QStringLiteral("List1.dat")), listOf("G4", 3) + "G4TORN*Bob*\r\n");
+        QLockFile other(file(QStringLiteral("Marvik.lock")));
+        QVERIFY(other.tryLock(0));
+        gui::messages::answerNext({});
+        m_root = std::make_unique<gui::CompositionRoot>(m_dir->path(), m_store.get());
+        QTest::qWait(300);
+        QVERIFY(!m_root->startUp());
+        m_root.reset();
+        const QStringList damagedCopy{QStringLiteral("List1.dat.damaged-*")};
+        QVERIFY(QDir(m_dir->path()).entryList(damagedCopy).isEmpty());
+
+        other.unlock();
+        gui::messages::answerNext({});
+        QVERIFY(start());
+        QTRY_COMPARE(QDir(m_dir->path()).entryList(damagedCopy).size(), 1);
+        QCOMPARE(callsigns(1), callsOf("G4", 3) << QStringLiteral("G4TORN"));
     }
 
     // A clear empties the grid but not the file; the list's next read must

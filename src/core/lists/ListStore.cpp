@@ -8,6 +8,7 @@
 #include "core/app/TextFile.h"
 #include "core/lists/ListEditing.h"
 #include "core/lists/ListFile.h"
+#include "core/lists/Thumbnails.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -52,7 +53,11 @@ void yieldToTheWindow()
 #endif
 }
 
-std::shared_ptr<ListStore::Reading> readOnWorker(const QString &path, const LoadContext &context)
+/// Rows a window can show at once (a tall screen, a small font).
+constexpr qsizetype kFirstScreenRows = 64;
+
+/// The file read into rows, and nothing else done about it.
+std::shared_ptr<ListStore::Reading> readRows(const QString &path, const LoadContext &context)
 {
     auto r = std::make_shared<ListStore::Reading>();
     const QFileInfo before(path);
@@ -60,9 +65,20 @@ std::shared_ptr<ListStore::Reading> readOnWorker(const QString &path, const Load
     r->modified = before.lastModified();
     r->me = context.me;
     r->parsed = readListFile(path, context);
-    // A damaged file is copied aside before anyone can write over it.
-    if (r->parsed.report.opened && !r->parsed.report.complete())
-        r->keptAs = app::keepDamagedCopy(path, &r->copyError);
+    return r;
+}
+
+/// A damaged file is copied aside before anyone can write over it.
+void keepIfDamaged(ListStore::Reading &r, const QString &path)
+{
+    if (r.parsed.report.opened && !r.parsed.report.complete())
+        r.keptAs = app::keepDamagedCopy(path, &r.copyError);
+}
+
+std::shared_ptr<ListStore::Reading> readOnWorker(const QString &path, const LoadContext &context)
+{
+    std::shared_ptr<ListStore::Reading> r = readRows(path, context);
+    keepIfDamaged(*r, path);
     return r;
 }
 
@@ -117,6 +133,34 @@ ListStore::~ListStore()
         if (f.isValid())
             f.waitForFinished();
     }
+    if (m_ahead.isValid())
+        m_ahead.waitForFinished();
+}
+
+void ListStore::readAhead(const app::Settings &peeked)
+{
+    const int list = peeked.currentList;
+    if (list < 1 || list > kListCount || m_ahead.isValid())
+        return;
+    const QString path = m_data.listFile(list);
+    if (!QFileInfo::exists(path))
+        return;
+    LoadContext ctx = loadContext();
+    ctx.me = peeked.me;
+    m_aheadList = list;
+    m_ahead = QtConcurrent::run(&m_readers, [path, ctx] {
+        yieldToTheWindow();
+        std::shared_ptr<Reading> r = readRows(path, ctx);
+        // The rows the window shows first are the file's first: their
+        // thumbnails are decoded here, not in the window's first paint.
+        const ParsedList &parsed = r->parsed;
+        const qsizetype shown = std::min<qsizetype>(parsed.rows.size(), kFirstScreenRows);
+        for (qsizetype row = 0; row < shown && parsed.thumbnails; ++row) {
+            if (parsed.rows[row].thumbnail >= 0)
+                thumbnailCache::image(parsed.thumbnails->path(parsed.rows[row].thumbnail));
+        }
+        return r;
+    });
 }
 
 CallListModel *ListStore::model(int list) const
@@ -169,10 +213,23 @@ void ListStore::startReading(int list, bool sortAfter)
     if (!std::exchange(m_waiting[i], false))
         m_pendingRows[i] = linesOf(path);
     const LoadContext ctx = loadContext();
-    m_reading[i] = QtConcurrent::run(&m_readers, [path, ctx] {
-        yieldToTheWindow();
-        return readOnWorker(path, ctx);
-    });
+    if (m_aheadList == list && m_ahead.isValid()) {
+        // Read ahead: used when the file is still what was read, else read
+        // again. Either way it is copied aside here if damaged, now that
+        // the data folder is Marvik's.
+        m_reading[i] = std::exchange(m_ahead, {}).then(&m_readers, [path, ctx](std::shared_ptr<Reading> r) {
+            const QFileInfo now(path);
+            if (now.size() != r->size || now.lastModified() != r->modified)
+                return readOnWorker(path, ctx);
+            keepIfDamaged(*r, path);
+            return r;
+        });
+    } else {
+        m_reading[i] = QtConcurrent::run(&m_readers, [path, ctx] {
+            yieldToTheWindow();
+            return readOnWorker(path, ctx);
+        });
+    }
     // Adopted on the window's thread when done, unless someone needed it
     // sooner and adopted it already, or a newer read took its place.
     const quint64 mine = ++m_readCount[i];

@@ -72,6 +72,11 @@ public:
     /// While set, sorting does nothing (the program is starting).
     void setStarting(bool starting) { m_starting = starting; }
 
+    /// Start-up, before the window is built: reads the file of the list
+    /// the configuration names as current on a worker, so the window has
+    /// it sooner. Used only if start-up then asks for that list and its file
+    /// has not changed since; a damaged file is copied aside only then.
+    void readAhead(const app::Settings &peeked);
     /// Start-up: every list file is read on a worker, the current one at
     /// once, the others from startWaitingReads() on (or when first asked
     /// for); each list is adopted as it arrives (unsorted, as start-up read
@@ -149,6 +154,9 @@ private:
     };
     std::array<LoadedFile, kListCount> m_loaded{};
     std::array<QFuture<std::shared_ptr<Reading>>, kListCount> m_reading{};
+    /// The read ahead of start-up, until start-up takes it or it is left.
+    QFuture<std::shared_ptr<Reading>> m_ahead;
+    int m_aheadList = 0;
     /// Counts the reads of each list, so a read overtaken by a newer one is
     /// dropped when it ends.
     std::array<quint64, kListCount> m_readCount{};

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "gui/app/CompositionRoot.h"
 
+#include "core/app/Config.h"
 #include "core/app/Session.h"
 #include "core/i18n/Texts.h"
 #include "core/lists/ListEditing.h"
@@ -51,6 +52,11 @@ CompositionRoot::CompositionRoot(const QString &dataDir, QSettings *store, QObje
     , m_network(std::make_unique<QNetworkAccessManager>())
 {
     setObjectName(QStringLiteral("compositionRoot"));
+    // The current list is read on a worker while the window is built. Only
+    // a peek at the configuration: start-up reads it in its turn.
+    app::Settings peeked;
+    app::readConfig(m_session->dataFolder().configFile(), peeked);
+    m_lists->readAhead(peeked);
     // One cookie jar for the lookups, the picture downloads and the web
     // windows, so a log-in made in a browser window holds for the lookups.
     m_jar = new lookup::CookieJar(m_session->dataFolder().path());

@@ -216,8 +216,11 @@ void ListStore::startReading(int list, bool sortAfter)
     if (m_aheadList == list && m_ahead.isValid()) {
         // Read ahead: used when the file is still what was read, else read
         // again. Either way it is copied aside here if damaged, now that
-        // the data folder is Marvik's.
-        m_reading[i] = std::exchange(m_ahead, {}).then(&m_readers, [path, ctx](std::shared_ptr<Reading> r) {
+        // the data folder is Marvik's. A job of its own that waits for the
+        // read; the wait cannot hold up the pool, as a read still queued is
+        // taken off the queue and run by the waiter.
+        m_reading[i] = QtConcurrent::run(&m_readers, [ahead = std::exchange(m_ahead, {}), path, ctx] {
+            std::shared_ptr<Reading> r = ahead.result();
             const QFileInfo now(path);
             if (now.size() != r->size || now.lastModified() != r->modified)
                 return readOnWorker(path, ctx);
@@ -334,11 +337,17 @@ void ListStore::reload(int list, bool atStartUp)
     // the list still holds them, only the sort is done. A cleared list does
     // not hold them and comes back from its file, as it always did.
     const LoadedFile &loaded = m_loaded[i];
-    if (!m_reading[i].isValid() && loaded.complete && loaded.matchesFile && loaded.size == file.size()
-        && loaded.modified == file.lastModified())
+    const bool unchanged = !m_reading[i].isValid() && loaded.matchesFile && loaded.size == file.size()
+                           && loaded.modified == file.lastModified();
+    if (unchanged && loaded.complete) {
         sort(list, m_settings.sortMode);
-    else
+    } else if (unchanged && atStartUp) {
+        // A damaged file start-up read a moment ago (someone needed the
+        // list before the switch that ends the start): read again, it would
+        // only be copied aside a second time.
+    } else {
         startReading(list, !m_starting);
+    }
 }
 
 void ListStore::loadNow(int list, bool sorting)

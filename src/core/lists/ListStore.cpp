@@ -154,10 +154,12 @@ void ListStore::readAhead(const app::Settings &peeked)
         // The rows the window shows first are the file's first: their
         // thumbnails are decoded here, not in the window's first paint.
         const ParsedList &parsed = r->parsed;
-        const qsizetype shown = std::min<qsizetype>(parsed.rows.size(), kFirstScreenRows);
-        for (qsizetype row = 0; row < shown && parsed.thumbnails; ++row) {
-            if (parsed.rows[row].thumbnail >= 0)
-                thumbnailCache::image(parsed.thumbnails->path(parsed.rows[row].thumbnail));
+        if (parsed.thumbnails) {
+            const qsizetype shown = std::min<qsizetype>(parsed.rows.size(), kFirstScreenRows);
+            for (qsizetype row = 0; row < shown; ++row) {
+                if (const qint32 thumbnail = parsed.rows[row].thumbnail; thumbnail >= 0)
+                    thumbnailCache::image(parsed.thumbnails->path(thumbnail));
+            }
         }
         return r;
     });
@@ -220,6 +222,7 @@ void ListStore::startReading(int list, bool sortAfter)
         // read; the wait cannot hold up the pool, as a read still queued is
         // taken off the queue and run by the waiter.
         m_reading[i] = QtConcurrent::run(&m_readers, [ahead = std::exchange(m_ahead, {}), path, ctx] {
+            yieldToTheWindow();
             std::shared_ptr<Reading> r = ahead.result();
             const QFileInfo now(path);
             if (now.size() != r->size || now.lastModified() != r->modified)

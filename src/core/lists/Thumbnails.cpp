@@ -143,17 +143,22 @@ int ThumbnailIndex::addLocked(const QString &name)
 
 int ThumbnailIndex::find(const QString &name) const
 {
-    QMutexLocker lock(&m_mutex);
+    QReadLocker lock(&m_lock);
     return findLocked(name, quint32(NameHash()(name)));
 }
 
 QList<int> ThumbnailIndex::find(const std::vector<QStringView> &names) const
 {
+    // A thumbnail Marvik writes meanwhile waits for one chunk, not a list.
+    constexpr std::size_t kChunk = 512;
     QList<int> ids;
     ids.reserve(qsizetype(names.size()));
-    QMutexLocker lock(&m_mutex);
-    for (const QStringView name : names)
-        ids.append(findLocked(name, quint32(NameHash()(name))));
+    for (std::size_t from = 0; from < names.size(); from += kChunk) {
+        const std::size_t to = std::min(names.size(), from + kChunk);
+        QReadLocker lock(&m_lock);
+        for (std::size_t i = from; i < to; ++i)
+            ids.append(findLocked(names[i], quint32(NameHash()(names[i]))));
+    }
     return ids;
 }
 
@@ -164,13 +169,13 @@ QList<int> ThumbnailIndex::find(const QStringList &names) const
 
 int ThumbnailIndex::add(const QString &name)
 {
-    QMutexLocker lock(&m_mutex);
+    QWriteLocker lock(&m_lock);
     return addLocked(name);
 }
 
 QString ThumbnailIndex::path(int id) const
 {
-    QMutexLocker lock(&m_mutex);
+    QReadLocker lock(&m_lock);
     if (id < 0 || id >= m_names.size())
         return {};
     return m_folder + u'/' + m_names[id] + QStringLiteral(".jpg");

@@ -4,6 +4,7 @@
 #include <QHash>
 #include <QImage>
 #include <QMutex>
+#include <QReadWriteLock>
 #include <QString>
 #include <QStringList>
 
@@ -30,8 +31,8 @@ public:
     /// The number of a thumbnail named `name` (the file name less ".jpg"),
     /// -1 when the folder has none.
     int find(const QString &name) const;
-    /// The numbers of many names at once, under one lock: list readers on
-    /// several threads would otherwise contend for it at every row.
+    /// The numbers of many names at once, a few hundred to a lock: list
+    /// readers on several threads would otherwise take it at every row.
     QList<int> find(const QStringList &names) const;
     QList<int> find(const std::vector<QStringView> &names) const;
     /// Records a thumbnail Marvik has just written; returns its number.
@@ -63,7 +64,10 @@ private:
     void place(Slot slot);
 
     QString m_folder;
-    mutable QMutex m_mutex;
+    /// Shared by lookups: the window draws thumbnails while list readers
+    /// look up thousands of names, and a reader the system has put aside
+    /// in the middle of its lookups must not hold up the window's paint.
+    mutable QReadWriteLock m_lock;
     QStringList m_names;
     /// The names by their hashes, looked up in place: a list of thousands
     /// finds its thumbnails without a node per name to chase. A power of

@@ -18,8 +18,11 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QThread>
 
+#include <atomic>
 #include <csignal>
+#include <memory>
 
 using namespace marvik::lists;
 using marvik::test::readBytes;
@@ -75,6 +78,7 @@ private slots:
     void thumbnailsFollowTheirRows();
     void thumbnailFolderListing_data();
     void thumbnailFolderListing();
+    void thumbnailIndexSharedByReaders();
     void thumbnailDecodedByItsContent_data();
     void thumbnailDecodedByItsContent();
 
@@ -492,6 +496,59 @@ void TestLists::thumbnailFolderListing()
     QCOMPARE(index.add(u"ON4NEW"_qs), added);
     QCOMPARE(index.fromPath(folder + u"/ON4NEW.jpg"_qs), added);
     QCOMPARE(index.path(added), folder + u"/ON4NEW.jpg"_qs);
+}
+
+// List readers look names up in batches, a few hundred to a lock, while the
+// window draws and Marvik records thumbnails it has just written.
+void TestLists::thumbnailIndexSharedByReaders()
+{
+    const QString folder = m_dir.filePath(u"Thumbs-shared"_qs);
+    QVERIFY(QDir().mkpath(folder));
+    constexpr int kListed = 1500;
+    for (int i = 0; i < kListed; ++i)
+        writeBytes(folder + u"/G%1AA.jpg"_qs.arg(i), "BM");
+    ThumbnailIndex index(folder);
+
+    // Every third name is missing, so that batch edges fall on both kinds.
+    QStringList names;
+    QList<int> expected;
+    for (int i = 0; i < 2 * kListed; ++i) {
+        const bool listed = i % 3 != 2;
+        names.append(listed ? u"G%1AA"_qs.arg((i / 3 * 2 + i % 3) % kListed) : u"M%1ZZ"_qs.arg(i));
+        expected.append(index.find(names.last()));
+    }
+    QCOMPARE(expected.count(-1), 2 * kListed / 3);
+    QCOMPARE(index.find(names), expected);
+
+    std::atomic<bool> stop = false;
+    std::atomic<int> wrong = 0;
+    std::atomic<int> batches = 0;
+    auto reader = [&] {
+        while (!stop) {
+            if (index.find(names) != expected)
+                ++wrong;
+            ++batches;
+        }
+    };
+    std::unique_ptr<QThread> readers[] = {std::unique_ptr<QThread>(QThread::create(reader)),
+                                          std::unique_ptr<QThread>(QThread::create(reader))};
+    for (auto &r : readers)
+        r->start();
+    // Meanwhile: thumbnails written (the table grows several times over)
+    // and drawn.
+    QList<int> added;
+    for (int i = 0; i < 3000; ++i) {
+        added.append(index.add(u"ON%1NEW"_qs.arg(i)));
+        QCOMPARE(index.path(added.last()), folder + u"/ON%1NEW.jpg"_qs.arg(i));
+    }
+    QTRY_VERIFY(batches >= 4);
+    stop = true;
+    for (auto &r : readers)
+        QVERIFY(r->wait(10000));
+    QCOMPARE(wrong.load(), 0);
+    for (int i = 0; i < added.size(); ++i)
+        QCOMPARE(index.find(u"ON%1NEW"_qs.arg(i)), added[i]);
+    QCOMPARE(QSet<int>(added.begin(), added.end()).size(), added.size());
 }
 
 // The child of killedSaveNeverTearsTheFile().

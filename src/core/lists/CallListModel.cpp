@@ -4,6 +4,7 @@
 #include "core/app/Callsign.h"
 #include "core/app/Number.h"
 #include "core/app/TextFile.h"
+#include "core/lists/ListReaders.h"
 #include "core/lists/Thumbnails.h"
 
 #include <QDateTime>
@@ -213,6 +214,8 @@ ParsedList readListFile(const QString &path, const LoadContext &context)
             ++start;
 
         ++report.lines;
+        if (report.lines % 256 == 0)
+            giveWayToTheWindow();
         // An empty line splits into no fields at all.
         // A line is short: one look at each character beats a search per field.
         int count = 0;

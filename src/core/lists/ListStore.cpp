@@ -8,17 +8,12 @@
 #include "core/app/TextFile.h"
 #include "core/lists/ListEditing.h"
 #include "core/lists/ListFile.h"
+#include "core/lists/ListReaders.h"
 #include "core/lists/Thumbnails.h"
 
 #include <QFile>
 #include <QFileInfo>
 #include <QtConcurrent/QtConcurrentRun>
-
-#ifdef Q_OS_LINUX
-#include <sys/resource.h>
-#include <sys/syscall.h>
-#include <unistd.h>
-#endif
 
 #include <algorithm>
 
@@ -37,21 +32,6 @@ struct ListStore::Reading
 };
 
 namespace {
-
-/// A reader gives way to the window's thread: with the display server and
-/// two readers runnable on two cores, the window was sometimes kept off the
-/// processor longer than a frame. A little nicer than the window, the
-/// readers still get every core the window does not want, and are never
-/// starved the way an idle-class thread would be (the window may wait for
-/// one).
-void yieldToTheWindow()
-{
-#ifdef Q_OS_LINUX
-    thread_local bool done = false;
-    if (!std::exchange(done, true))
-        ::setpriority(PRIO_PROCESS, pid_t(::syscall(SYS_gettid)), 5);
-#endif
-}
 
 /// Rows a window can show at once (a tall screen, a small font).
 constexpr qsizetype kFirstScreenRows = 64;
@@ -149,7 +129,7 @@ void ListStore::readAhead(const app::Settings &peeked)
     ctx.me = peeked.me;
     m_aheadList = list;
     m_ahead = QtConcurrent::run(&m_readers, [path, ctx] {
-        yieldToTheWindow();
+        becomeListReader();
         std::shared_ptr<Reading> r = readRows(path, ctx);
         // The rows the window shows first are the file's first: their
         // thumbnails are decoded here, not in the window's first paint.
@@ -157,8 +137,10 @@ void ListStore::readAhead(const app::Settings &peeked)
         if (parsed.thumbnails) {
             const qsizetype shown = std::min<qsizetype>(parsed.rows.size(), kFirstScreenRows);
             for (qsizetype row = 0; row < shown; ++row) {
-                if (const qint32 thumbnail = parsed.rows[row].thumbnail; thumbnail >= 0)
+                if (const qint32 thumbnail = parsed.rows[row].thumbnail; thumbnail >= 0) {
                     thumbnailCache::image(parsed.thumbnails->path(thumbnail));
+                    giveWayToTheWindow();
+                }
             }
         }
         return r;
@@ -222,7 +204,7 @@ void ListStore::startReading(int list, bool sortAfter)
         // read; the wait cannot hold up the pool, as a read still queued is
         // taken off the queue and run by the waiter.
         m_reading[i] = QtConcurrent::run(&m_readers, [ahead = std::exchange(m_ahead, {}), path, ctx] {
-            yieldToTheWindow();
+            becomeListReader();
             std::shared_ptr<Reading> r = ahead.result();
             const QFileInfo now(path);
             if (now.size() != r->size || now.lastModified() != r->modified)
@@ -232,7 +214,7 @@ void ListStore::startReading(int list, bool sortAfter)
         });
     } else {
         m_reading[i] = QtConcurrent::run(&m_readers, [path, ctx] {
-            yieldToTheWindow();
+            becomeListReader();
             return readOnWorker(path, ctx);
         });
     }

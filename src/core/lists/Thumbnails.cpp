@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/lists/Thumbnails.h"
 
+#include "core/lists/ListReaders.h"
+
 #include <QCache>
 #include <QDir>
 #include <QDirIterator>
@@ -84,7 +86,8 @@ ThumbnailIndex::ThumbnailIndex(const QString &thumbsDir)
         const QString file = files.fileName();
         if (!file.endsWith(QLatin1String(".jpg"), Qt::CaseInsensitive))
             continue;
-        addLocked(file.chopped(4));
+        if (addLocked(file.chopped(4)) % 512 == 0)
+            giveWayToTheWindow();
     }
 }
 

@@ -76,6 +76,7 @@ public:
     /// the configuration names as current on a worker, so the window has
     /// it sooner. Used only if start-up then asks for that list and its file
     /// has not changed since; a damaged file is copied aside only then.
+    /// Counts the lines of every list file for the chooser meanwhile.
     void readAhead(const app::Settings &peeked);
     /// Start-up: every list file is read on a worker, the current one at
     /// once, the others from startWaitingReads() on (or when first asked
@@ -131,6 +132,8 @@ signals:
     void saveRefused(int list);
 
 private:
+    void readCurrentAhead(const app::Settings &peeked);
+    void countLinesAhead();
     void startReading(int list, bool sortAfter);
     void adopt(int list);
     void loadNow(int list, bool sorting);
@@ -157,6 +160,9 @@ private:
     /// The read ahead of start-up, until start-up takes it or it is left.
     QFuture<std::shared_ptr<Reading>> m_ahead;
     int m_aheadList = 0;
+    /// The lines of each list file (-1: none) counted on a worker while the
+    /// window is built, until start-up takes them.
+    QFuture<std::array<int, kListCount>> m_counted;
     /// Counts the reads of each list, so a read overtaken by a newer one is
     /// dropped when it ends.
     std::array<quint64, kListCount> m_readCount{};

@@ -14,6 +14,10 @@
 #include <cstdint>
 #include <utility>
 
+#ifdef Q_OS_UNIX
+#include <dirent.h>
+#endif
+
 namespace marvik::lists {
 
 namespace {
@@ -55,6 +59,41 @@ QByteArray formatOf(const QByteArray &head)
     return {};
 }
 
+/// Calls `found` with the name (less ".jpg") of every thumbnail file in
+/// `folder`, in the order the file system keeps them.
+template <typename Found>
+void walkThumbnails(const QString &folder, Found found)
+{
+#ifdef Q_OS_UNIX
+    // Read straight from the directory: QDirIterator builds a file-info
+    // object for every entry and took twice as long as the walk itself on a
+    // folder of ten thousand thumbnails, while the first list read waits.
+    DIR *dir = ::opendir(QFile::encodeName(folder).constData());
+    if (!dir)
+        return;
+    while (const dirent *entry = ::readdir(dir)) {
+        const QByteArrayView file(entry->d_name);
+        if (file.size() < 4 || qstrnicmp(file.data() + file.size() - 4, ".jpg", 4) != 0)
+            continue;
+        // A link, or a file system that does not say, is asked as QDir would:
+        // a link to a file counts as a file.
+        const bool askFirst = entry->d_type == DT_LNK || entry->d_type == DT_UNKNOWN;
+        if (entry->d_type == DT_REG || (askFirst && QFileInfo(folder + u'/' + QString::fromLocal8Bit(file)).isFile()))
+            found(QString::fromLocal8Bit(file.chopped(4)));
+    }
+    ::closedir(dir);
+#else
+    // Walked, not QDir::entryList(): that matches a wildcard and sorts.
+    QDirIterator files(folder, QDir::Files | QDir::Hidden);
+    while (files.hasNext()) {
+        files.next();
+        const QString file = files.fileName();
+        if (file.endsWith(QLatin1String(".jpg"), Qt::CaseInsensitive))
+            found(file.chopped(4));
+    }
+#endif
+}
+
 } // namespace
 
 std::shared_ptr<ThumbnailIndex> ThumbnailIndex::forFolder(const QString &thumbsDir)
@@ -77,18 +116,12 @@ ThumbnailIndex::ThumbnailIndex(const QString &thumbsDir)
 {
     if (thumbsDir.isEmpty())
         return;
-    // Walked, not QDir::entryList(): that matches a wildcard and sorts, which
-    // costs three times the walk on a folder of ten thousand thumbnails,
-    // and the first list read waits for it.
-    QDirIterator files(m_folder, QDir::Files | QDir::Hidden);
-    while (files.hasNext()) {
-        files.next();
-        const QString file = files.fileName();
-        if (!file.endsWith(QLatin1String(".jpg"), Qt::CaseInsensitive))
-            continue;
-        if (addLocked(file.chopped(4)) % 512 == 0)
+    int seen = 0;
+    walkThumbnails(m_folder, [this, &seen](QString name) {
+        addLocked(name);
+        if (++seen % 512 == 0)
             giveWayToTheWindow();
-    }
+    });
 }
 
 std::size_t ThumbnailIndex::NameHash::operator()(QStringView name) const noexcept

@@ -462,6 +462,10 @@ void TestLists::thumbnailFolderListing_data()
     QTest::newRow("names keep their case") << u"dl1abc.jpg"_qs << u"DL1ABC"_qs << false;
     QTest::newRow("not a thumbnail") << u"W1AW.txt"_qs << u"W1AW"_qs << false;
     QTest::newRow("a folder so named") << u"VK2ABC.jpg/"_qs << u"VK2ABC"_qs << false;
+    // Links count as what they point to, as they did for QDir.
+    QTest::newRow("link to a thumbnail") << u"W2LNK.jpg>DL0XX.jpg"_qs << u"W2LNK"_qs << true;
+    QTest::newRow("link to nothing") << u"W2DEAD.jpg>gone.jpg"_qs << u"W2DEAD"_qs << false;
+    QTest::newRow("link to a folder") << u"W2DIR.jpg>sub"_qs << u"W2DIR"_qs << false;
 }
 
 void TestLists::thumbnailFolderListing()
@@ -471,10 +475,18 @@ void TestLists::thumbnailFolderListing()
     QFETCH(bool, found);
     const QString folder = m_dir.filePath(u"Thumbs-%1"_qs.arg(QString::fromLatin1(QTest::currentDataTag())));
     QVERIFY(QDir().mkpath(folder));
-    if (file.endsWith(u'/'))
+    if (file.endsWith(u'/')) {
         QVERIFY(QDir(folder).mkdir(file.chopped(1)));
-    else
+    } else if (const qsizetype arrow = file.indexOf(u'>'); arrow >= 0) {
+#ifndef Q_OS_UNIX
+        QSKIP("symbolic links are a Unix matter here");
+#endif
+        QVERIFY(QDir(folder).mkpath(u"sub"_qs));
+        QVERIFY(QFile::link(file.mid(arrow + 1), folder + u'/' + file.left(arrow)));
+        file.truncate(arrow);
+    } else {
         writeBytes(folder + u'/' + file, "BM");
+    }
     // A folder of many thumbnails, the one looked for among them.
     for (int i = 0; i < 300; ++i)
         writeBytes(folder + u"/DL%1XX.jpg"_qs.arg(i), "BM");

@@ -226,12 +226,11 @@ void ListStore::startReading(int list, bool sortAfter)
     if (m_aheadList == list && m_ahead.isValid()) {
         // Read ahead: used when the file is still what was read, else read
         // again. Either way it is copied aside here if damaged, now that
-        // the data folder is Marvik's. A job of its own that waits for the
-        // read; the wait cannot hold up the pool, as a read still queued is
-        // taken off the queue and run by the waiter.
-        m_reading[i] = QtConcurrent::run(&m_readers, [ahead = std::exchange(m_ahead, {}), path, ctx] {
+        // the data folder is Marvik's. A step that follows the read, not a
+        // job that waits for it: a waiting job would hold one of the two
+        // readers while the other lists queue behind it.
+        m_reading[i] = std::exchange(m_ahead, {}).then(&m_readers, [path, ctx](std::shared_ptr<Reading> r) {
             becomeListReader();
-            std::shared_ptr<Reading> r = ahead.result();
             const QFileInfo now(path);
             if (now.size() != r->size || now.lastModified() != r->modified)
                 return readOnWorker(path, ctx);

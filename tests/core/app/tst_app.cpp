@@ -151,6 +151,16 @@ void TestApp::windows1252RoundTripsEveryByte()
     QByteArray back;
     QVERIFY(toWindows1252(text, back));
     QCOMPARE(back, all);
+
+    // The 32 odd bytes anywhere in a long text: first, last, at the edges
+    // of the blocks it is looked at in, and far apart.
+    for (const qsizetype at : {0, 255, 256, 511, 700, 1990}) {
+        QByteArray bytes(2000, 'a');
+        bytes[at] = char(0x80 + at % 32);
+        QString expected(2000, u'a');
+        expected[at] = text.at(0x80 + at % 32);
+        QCOMPARE(fromWindows1252(bytes), expected);
+    }
 }
 
 void TestApp::textFallsBackToUtf8()

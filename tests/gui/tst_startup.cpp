@@ -2,6 +2,8 @@
 // Lists read off the window's thread, through the whole program: a list
 // switch after a clear still brings the rows back from the file, and the
 // window paints while lists of 100,000 rows are being read.
+#include "core/app/Config.h"
+#include "core/app/DataFolder.h"
 #include "core/app/Session.h"
 #include "core/lists/CallListModel.h"
 #include "core/lists/ListStore.h"
@@ -156,6 +158,25 @@ private slots:
         QVERIFY(m_root->startUp());
         m_root->mainWindow()->show();
         QTRY_COMPARE(callsigns(1), callsOf("DL", 3));
+    }
+
+    // Start-up takes the current list over from its read ahead while that
+    // read may still be under way: from then on the list counts as being
+    // read, or the switch that ends start-up reads it a second time (and a
+    // damaged file is copied aside twice).
+    void theReadAheadTakenOverIsAReadUnderWay()
+    {
+        writeAll(file(QStringLiteral("List1.dat")), listOf("G4", 60000) + "G4TORN*Bob*\r\n");
+        app::DataFolder data(m_dir->path());
+        app::Settings settings;
+        settings.currentList = 1;
+        lists::ListStore store(data, settings);
+        store.readAhead(settings);
+        store.loadAtStartUp(1);
+        QVERIFY(store.isReading());
+        store.finishReading();
+        QCOMPARE(store.model(1)->rowCount(), 60001);
+        QCOMPARE(QDir(m_dir->path()).entryList({QStringLiteral("List1.dat.damaged-*")}).size(), 1);
     }
 
     // A damaged list is copied aside when Marvik reads it, but not by a

@@ -229,13 +229,29 @@ void ListStore::startReading(int list, bool sortAfter)
         // the data folder is Marvik's. A step that follows the read, not a
         // job that waits for it: a waiting job would hold one of the two
         // readers while the other lists queue behind it.
-        m_reading[i] = std::exchange(m_ahead, {}).then(&m_readers, [path, ctx](std::shared_ptr<Reading> r) {
+        //
+        // The step reports to a future of our own, started now. The future
+        // then() gives counts as no read at all (not valid) until a reader
+        // is free to run the step, and a list switch in that moment read
+        // the file a second time and copied a damaged one aside twice.
+        QFutureInterface<std::shared_ptr<Reading>> handOver;
+        handOver.reportStarted();
+        m_reading[i] = handOver.future();
+        std::exchange(m_ahead, {}).then(&m_readers, [handOver, path, ctx](QFuture<std::shared_ptr<Reading>> ahead) mutable {
             becomeListReader();
-            const QFileInfo now(path);
-            if (now.size() != r->size || now.lastModified() != r->modified)
-                return readOnWorker(path, ctx);
-            keepIfDamaged(*r, path);
-            return r;
+            try {
+                std::shared_ptr<Reading> r = ahead.result();
+                const QFileInfo now(path);
+                if (now.size() != r->size || now.lastModified() != r->modified)
+                    r = readOnWorker(path, ctx);
+                else
+                    keepIfDamaged(*r, path);
+                handOver.reportAndMoveResult(std::move(r));
+            } catch (...) {
+                // Whoever waits for the list learns of it, rather than waiting for ever.
+                handOver.reportException(std::current_exception());
+            }
+            handOver.reportFinished();
         });
     } else {
         m_reading[i] = QtConcurrent::run(&m_readers, [path, ctx] {

@@ -46,6 +46,7 @@
 #include <QRadioButton>
 #include <QSettings>
 #include <QSignalSpy>
+#include <QTcpServer>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QUrl>
@@ -101,6 +102,7 @@ private:
     std::unique_ptr<QSettings> m_store;
     std::unique_ptr<gui::CompositionRoot> m_root;
     gui::MainWindow *m_window = nullptr;
+    std::unique_ptr<QTcpServer> m_silent;
 
     QString file(const QString &name) const { return m_dir->filePath(name); }
     gui::MainWindow *start()
@@ -115,6 +117,22 @@ private:
         // The lists arrive from their readers after the first paint.
         m_root->lists().finishReading();
         return m_window;
+    }
+    /// Points every callbook at a server that takes the connection and
+    /// never answers, so a lookup stays in flight until it is cancelled:
+    /// against a closed port the whole chain of sources is refused within
+    /// milliseconds, before a test can see its first request.
+    void holdLookups()
+    {
+        m_silent = std::make_unique<QTcpServer>();
+        QVERIFY(m_silent->listen(QHostAddress::LocalHost));
+        const QString host = QStringLiteral("http://127.0.0.1:%1").arg(m_silent->serverPort());
+        lookup::SourceSettings sources;
+        for (const lookup::SourceInfo &info : lookup::sourceTable()) {
+            sources.setHost(info.source, host);
+            sources.setServiceHost(info.source, host);
+        }
+        sources.save(*m_store);
     }
     QTimer *timer(int n) const { return test::findPart<QTimer>(*m_root, QStringLiteral("Timer%1").arg(n)); }
     /// The requests of the lookup control still in flight.
@@ -183,6 +201,7 @@ private slots:
     void cleanup()
     {
         m_root.reset();
+        m_silent.reset();
         m_window = nullptr;
         m_store.reset();
         m_dir.reset();
@@ -904,6 +923,7 @@ private slots:
 
     void getOnANewCallsignGoesToTheLookup()
     {
+        holdLookups();
         QVERIFY(start());
         auto *txt = child<QLineEdit>(QStringLiteral("txtCall"));
         txt->setText(QStringLiteral("w1aw"));
@@ -935,6 +955,7 @@ private slots:
     {
         QFETCH(QString, clipboard);
         QFETCH(QString, typed);
+        holdLookups();
         QVERIFY(start());
         QGuiApplication::clipboard()->setText(clipboard);
         auto *txt = child<QLineEdit>(QStringLiteral("txtCall"));

@@ -62,6 +62,8 @@ private slots:
     void bearingFromWhereTheRowStood_data();
     void bearingFromWhereTheRowStood();
     void everyLineEndEndsALine();
+    void fieldsCutAtTheFirstElevenStars_data();
+    void fieldsCutAtTheFirstElevenStars();
     void damagedLineStopsTheLoad_data();
     void damagedLineStopsTheLoad();
     void emptyFileKeepsRows();
@@ -185,6 +187,49 @@ void TestLists::everyLineEndEndsALine()
     QCOMPARE(callsigns(model).mid(0, 4), (QStringList{u"K1A"_qs, u"K1B"_qs, u"K1C"_qs, u"K1D"_qs}));
     QCOMPARE(model.field(2, Column::Extra), QString());
     QCOMPARE(model.field(2, Column::TimeStamp), u"20240105093000"_qs);
+}
+
+// The reader compares a line's characters eight at a time: a "*" on
+// either side of such a stretch, many or none in one, a long field and a
+// line past its eleventh field must all cut where one at a time would.
+void TestLists::fieldsCutAtTheFirstElevenStars_data()
+{
+    QTest::addColumn<QList<int>>("lengths");
+    QTest::newRow("one character each") << QList<int>{1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1};
+    QTest::newRow("stars at 7 and 8") << QList<int>{7, 0, 2, 2, 2, 2, 2, 2, 2, 2, 2};
+    QTest::newRow("a star ending every stretch") << QList<int>{7, 7, 7, 7, 7, 7, 7, 7, 7, 7, 7};
+    QTest::newRow("a star starting every stretch") << QList<int>{8, 7, 7, 7, 7, 7, 7, 7, 7, 7, 7};
+    QTest::newRow("all empty") << QList<int>{0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+    QTest::newRow("a long field") << QList<int>{3, 2, 0, 41, 1, 0, 17, 9, 8, 16, 5};
+    QTest::newRow("fourteen fields, the eleventh ending in a stretch")
+        << QList<int>{1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1};
+    QTest::newRow("fourteen fields, the last ones long") << QList<int>{2, 3, 0, 4, 5, 1, 0, 1, 2, 3, 4, 30, 9, 12};
+    QTest::newRow("twelfth field empty: the line ends in a star")
+        << QList<int>{5, 4, 0, 9, 0, 6, 7, 2, 3, 14, 6, 0};
+}
+
+void TestLists::fieldsCutAtTheFirstElevenStars()
+{
+    QFETCH(QList<int>, lengths);
+    QStringList fields;
+    for (qsizetype c = 0; c < lengths.size(); ++c)
+        fields << QString(lengths[c], QChar(char16_t(u'A' + c)));
+    const QString text = fields.join(u'*');
+    const QStringList expected = text.split(u'*').mid(0, kColumnCount);
+    CallListModel model;
+    // Twice, so the second row's fields stand well inside the file's text.
+    const LoadReport report = loadBytes(model, line(fields) + line(fields));
+    QVERIFY(report.complete());
+    QCOMPARE(model.rowCount(), 2);
+    for (int r = 0; r < 2; ++r) {
+        for (int c = 0; c < kColumnCount; ++c) {
+            // Letters give no position, so no bearing; no time stamp is now.
+            const QString want = c == int(Column::Azimuth)                               ? QString()
+                                 : c == int(Column::TimeStamp) && expected[c].isEmpty() ? kNow
+                                                                                         : expected[c];
+            QCOMPARE(model.field(r, Column(c)), want);
+        }
+    }
 }
 
 void TestLists::loadRows()

@@ -135,6 +135,12 @@ std::size_t ThumbnailIndex::NameHash::operator()(QStringView name) const noexcep
     return std::size_t(h);
 }
 
+QStringView ThumbnailIndex::nameLocked(int id) const
+{
+    const quint32 start = m_starts[std::size_t(id)];
+    return {m_chars.data() + start, qsizetype(m_starts[std::size_t(id) + 1] - start)};
+}
+
 int ThumbnailIndex::findLocked(QStringView name, quint32 hash) const
 {
     if (m_slots.empty())
@@ -144,7 +150,7 @@ int ThumbnailIndex::findLocked(QStringView name, quint32 hash) const
         const Slot &slot = m_slots[i];
         if (slot.id < 0)
             return -1;
-        if (slot.hash == hash && m_names[slot.id] == name)
+        if (slot.hash == hash && nameLocked(slot.id) == name)
             return slot.id;
     }
 }
@@ -163,9 +169,10 @@ int ThumbnailIndex::addLocked(const QString &name)
     const auto hash = quint32(NameHash()(name));
     if (const int known = findLocked(name, hash); known >= 0)
         return known;
-    const int id = int(m_names.size());
-    m_names.append(name);
-    if (std::size_t(m_names.size()) * 2 > m_slots.size()) {
+    const int id = int(m_starts.size() - 1);
+    m_chars.insert(m_chars.end(), name.utf16(), name.utf16() + name.size());
+    m_starts.push_back(quint32(m_chars.size()));
+    if (std::size_t(id + 1) * 2 > m_slots.size()) {
         const std::size_t size = std::max<std::size_t>(64, m_slots.size() * 2);
         const std::vector<Slot> old = std::exchange(m_slots, std::vector<Slot>(size));
         for (const Slot &slot : old) {
@@ -212,9 +219,9 @@ int ThumbnailIndex::add(const QString &name)
 QString ThumbnailIndex::path(int id) const
 {
     QReadLocker lock(&m_lock);
-    if (id < 0 || id >= m_names.size())
+    if (id < 0 || std::size_t(id) + 1 >= m_starts.size())
         return {};
-    return m_folder + u'/' + m_names[id] + QStringLiteral(".jpg");
+    return m_folder + u'/' + nameLocked(id) + QStringLiteral(".jpg");
 }
 
 int ThumbnailIndex::fromPath(const QString &path)

@@ -59,6 +59,7 @@ private:
         quint32 hash = 0;
         qint32 id = -1;
     };
+    QStringView nameLocked(int id) const;
     int findLocked(QStringView name, quint32 hash) const;
     int addLocked(const QString &name);
     void place(Slot slot);
@@ -68,7 +69,12 @@ private:
     /// look up thousands of names, and a reader the system has put aside
     /// in the middle of its lookups must not hold up the window's paint.
     mutable QReadWriteLock m_lock;
-    QStringList m_names;
+    /// The names back to back, and where each starts, with the end of the
+    /// last one after them: comparing a name found by its hash then reads
+    /// one stretch of this array rather than a string of its own somewhere
+    /// on the heap.
+    std::vector<char16_t> m_chars;
+    std::vector<quint32> m_starts{0};
     /// The names by their hashes, looked up in place: a list of thousands
     /// finds its thumbnails without a node per name to chase. A power of
     /// two in size, never more than half full.
